@@ -1,0 +1,284 @@
+#include "Changes.hpp"
+#include "Contenders.hpp"
+#include "OursBuilder.hpp"
+
+#include <brant/zero/Slab.hpp>
+#include <cstring>
+#include <optional>
+
+namespace zelkor::bench {
+
+namespace {
+
+using za::io::IoFormat;
+
+/// Elements lie in the library's own slabs: fills that many and keeps them when they are empty again.
+void warmSlabs(std::size_t bytes) {
+    namespace slab = brant::zero::slab;
+    constexpr std::size_t blockSize = 256;
+    slab::setRetention(4 * bytes);
+    std::vector<void*> blocks(bytes / blockSize);
+    for (void*& block : blocks)
+        std::memset(block = slab::allocate(blockSize), 1, blockSize);
+    for (void* const block : blocks)
+        slab::deallocate(block, blockSize);
+}
+
+void build(Stage const& stage, za::Ast& ast) {
+    auto transaction = ast.getModel().beginTransaction();
+    OursBuilder builder(ast.getModel());
+    stage.plan.replay(builder);
+    transaction.commit();
+}
+
+za::Project projectOf(za::Ast const& ast) {
+    return za::Project::cast(ast.getModel().getTopLevelElements().front());
+}
+
+/// Visits by the typed accessors.
+struct Visitor {
+    WalkSums sums;
+
+    void visit(za::source::SourcePosition const& position) {
+        ++sums.elements;
+        sums.places += position.getLine() + position.getCol();
+        sums.references += position.hasFile();
+    }
+    void visitSymbol(za::Symbol const& symbol) {
+        ++sums.elements;
+        sums.textBytes += symbol.getName().size();
+        if (auto const position = symbol.getDefPos()) visit(position);
+        for (auto const position : symbol.getDeclPos())
+            visit(position);
+    }
+    void visit(za::Variable const& variable) {
+        visitSymbol(variable);
+        sums.references += variable.hasType();
+        auto const value = za::constants::NumericConstant::cast(variable.getInitVal());
+        if (!value) return;
+        ++sums.elements;
+        sums.textBytes += value.getValue().size();
+        sums.references += value.hasType();
+    }
+    void visit(za::Function const& function) {
+        visitSymbol(function);
+        sums.references += function.hasType();
+        if (auto const body = function.getScope()) visit(body);
+        for (auto const param : function.getParams())
+            visit(param);
+        for (auto const argument : function.getTemplateArgs()) {
+            ++sums.elements;
+            sums.references += argument.hasType();
+        }
+    }
+    void visit(za::types::Type const& type) {
+        visitSymbol(type);
+        if (auto const based = za::types::BasedType::cast(type)) {
+            sums.references += based.hasType();
+        } else if (auto const record = za::types::StructType::cast(type)) {
+            for (auto const member : record.getMembers())
+                visit(member);
+            for (auto const method : record.getMethods())
+                visit(method);
+        }
+    }
+    void visit(za::Scope const& scope) {
+        ++sums.elements;
+        for (auto const space : scope.getNamespaces()) {
+            if (auto const named = za::Namespace::cast(space)) sums.textBytes += named.getName().size();
+            visit(space);
+        }
+        for (auto const symbol : scope.getSymbols()) {
+            if (auto const function = za::Function::cast(symbol))
+                visit(function);
+            else if (auto const type = za::types::Type::cast(symbol))
+                visit(type);
+            else
+                visit(za::Variable::cast(symbol));
+        }
+    }
+    void visit(za::Project const& project) {
+        ++sums.elements;
+        for (auto const file : project.getFiles()) {
+            ++sums.elements;
+            sums.textBytes += file.getPath().size() + file.getWrittenName().size();
+            sums.references += file.getIncludedFiles().size();
+        }
+        for (auto const unit : project.getCompilations()) {
+            sums.references += unit.getFiles().size();
+            visit(unit);
+        }
+    }
+};
+
+void expectWhole(Stage const& stage, za::Ast& ast) {
+    Visitor visitor;
+    visitor.visit(projectOf(ast));
+    stage.expectSums(visitor.sums);
+}
+
+void create(Stage& stage) {
+    std::optional<za::Ast> ast;
+    stage.measure([&] { build(stage, ast.emplace()); });
+    expectWhole(stage, *ast);
+    auto const violation = ast->getModel().verify();
+    stage.expect(!violation,
+                 "the model is wrong: " + (violation ? violation->rule + " " + violation->detail : ""));
+}
+
+void walk(Stage& stage) {
+    za::Ast ast;
+    build(stage, ast);
+    auto const project = projectOf(ast);
+    Visitor visitor;
+    stage.measure([&] { visitor.visit(project); });
+    stage.expectSums(visitor.sums);
+}
+
+template <IoFormat format>
+void save(Stage& stage) {
+    za::Ast ast;
+    build(stage, ast);
+    std::string text;
+    stage.measure([&] { text = za::io::serializeToUTF8String(ast, format); });
+    stage.tellSize(text);
+    auto const wanted = format == IoFormat::json ? stage.settings.json.size : stage.settings.xml.size;
+    stage.expect(text.size() == wanted, "document of " + std::to_string(text.size()) +
+                                            " bytes, the floor's has " + std::to_string(wanted));
+}
+
+template <IoFormat format>
+std::string documentPath(Stage const& stage) {
+    return format == IoFormat::json ? stage.jsonPath() : stage.xmlPath();
+}
+
+template <IoFormat format>
+void load(Stage& stage) {
+    std::string const text = stage.readDocument(documentPath<format>(stage));
+    std::optional<za::Ast> ast;
+    stage.measure([&] { ast = za::io::deserializeFromUTF8String(text, format); });
+    expectWhole(stage, *ast);
+    stage.expect(za::io::serializeToUTF8String(*ast, format) == text,
+                 "the loaded model does not write what it read");
+}
+
+/// Loads from the file, so that the text is no part of the memory measured.
+template <IoFormat format>
+std::optional<za::Ast> loadFile(Stage const& stage) {
+    std::string const path = documentPath<format>(stage);
+    return za::io::deserializeFromFile(std::u16string(path.begin(), path.end()), format);
+}
+
+template <IoFormat format>
+void loadedMemory(Stage& stage) {
+    std::optional<za::Ast> ast;
+    stage.measureMemory([&] { ast = loadFile<format>(stage); });
+    expectWhole(stage, *ast);
+}
+
+template <IoFormat format>
+void loadPeak(Stage& stage) {
+    std::optional<za::Ast> ast;
+    stage.measurePeak([&] { ast = loadFile<format>(stage); });
+    expectWhole(stage, *ast);
+}
+
+void memory(Stage& stage) {
+    std::optional<za::Ast> ast;
+    stage.measureMemory([&] { build(stage, ast.emplace()); });
+    expectWhole(stage, *ast);
+}
+
+void destroy(Stage& stage) {
+    std::optional<za::Ast> ast;
+    build(stage, ast.emplace());
+    stage.measure([&] { ast.reset(); });
+}
+
+/// Everything that has a name or a line to change.
+struct Targets {
+    std::vector<za::Symbol> symbols;
+    std::vector<za::source::SourcePosition> positions;
+
+    void collect(za::Symbol const& symbol) {
+        symbols.push_back(symbol);
+        if (auto const position = symbol.getDefPos()) positions.push_back(position);
+        for (auto const position : symbol.getDeclPos())
+            positions.push_back(position);
+        if (auto const function = za::Function::cast(symbol)) {
+            if (auto const body = function.getScope()) collect(body);
+            for (auto const param : function.getParams())
+                collect(param);
+        } else if (auto const record = za::types::StructType::cast(symbol)) {
+            for (auto const member : record.getMembers())
+                collect(member);
+            for (auto const method : record.getMethods())
+                collect(method);
+        }
+    }
+    void collect(za::Scope const& scope) {
+        for (auto const space : scope.getNamespaces())
+            collect(space);
+        for (auto const symbol : scope.getSymbols())
+            collect(symbol);
+    }
+    explicit Targets(za::Ast const& ast) {
+        for (auto const unit : projectOf(ast).getCompilations())
+            collect(unit);
+    }
+    void change(Stage const& stage) const {
+        changeAll(
+            stage.plan.seed(), stage.settings.changes, symbols.size(), positions.size(),
+            [this](std::size_t at, std::string name) { symbols[at].setName(std::move(name)); },
+            [this](std::size_t at, unsigned line) { positions[at].setLine(line); });
+    }
+};
+
+void change(Stage& stage) {
+    za::Ast ast;
+    build(stage, ast);
+    Targets const targets(ast);
+    stage.countUnits(stage.settings.changes);
+    stage.measure([&] {
+        auto transaction = ast.getModel().beginTransaction();
+        targets.change(stage);
+        transaction.commit();
+    });
+    Visitor visitor;
+    visitor.visit(projectOf(ast));
+    stage.expect(visitor.sums.places != stage.settings.sums.places, "nothing was changed");
+}
+
+void rollback(Stage& stage) {
+    za::Ast ast;
+    build(stage, ast);
+    Targets const targets(ast);
+    stage.countUnits(stage.settings.changes);
+    auto transaction = ast.getModel().beginTransaction();
+    targets.change(stage);
+    stage.measure([&] { transaction.rollback(); });
+    expectWhole(stage, ast);
+}
+
+} // namespace
+
+Contender oursContender() {
+    return {"ours",
+            {{"create", create},
+             {"walk", walk},
+             {"json.save", save<IoFormat::json>},
+             {"json.load", load<IoFormat::json>},
+             {"xml.save", save<IoFormat::xml>},
+             {"xml.load", load<IoFormat::xml>},
+             {"change", change},
+             {"rollback", rollback},
+             {"destroy", destroy},
+             {"memory", memory},
+             {"json.memory", loadedMemory<IoFormat::json>},
+             {"json.peak", loadPeak<IoFormat::json>},
+             {"xml.memory", loadedMemory<IoFormat::xml>},
+             {"xml.peak", loadPeak<IoFormat::xml>}},
+            warmSlabs};
+}
+
+} // namespace zelkor::bench

@@ -1,0 +1,30 @@
+/// The table from identities to elements of one model: open addressing, one pointer an entry.
+#pragma once
+
+#include "brant/zero/ModelElement.hpp"
+
+#include <cstdint>
+#include <vector>
+
+namespace brant::zero {
+
+class IdentityIndex {
+  public:
+    [[nodiscard]] bool built() const noexcept { return built_; }
+    void build(std::vector<ModelElementImpl*> const& elements);
+    void clear() noexcept;
+    [[nodiscard]] ModelElementImpl* find(boost::uuids::uuid const& uuid) const noexcept;
+    /// \requires no element with that identity is present.
+    void insert(ModelElementImpl* element);
+    void erase(ModelElementImpl const* element) noexcept;
+
+  private:
+    [[nodiscard]] std::size_t home(boost::uuids::uuid const& uuid) const noexcept;
+    void grow(std::size_t capacity);
+
+    std::vector<ModelElementImpl*> slots_; ///< a power of two, at most two thirds full
+    std::size_t used_ = 0;
+    bool built_ = false;
+};
+
+} // namespace brant::zero

@@ -1,0 +1,11 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds everything and runs all tests.
+#   scripts/test.sh [PRESET]       default: release
+set -euo pipefail
+cd "$(dirname "$0")/.."
+preset=${1:-release}
+
+scripts/setup.sh
+cmake --preset "$preset"
+cmake --build --preset "$preset"
+ctest --preset "$preset"

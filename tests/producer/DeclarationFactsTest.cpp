@@ -1,0 +1,406 @@
+// What the front end knows of declarations must arrive in the facts.
+#include "FactsSupport.hpp"
+
+#include <gtest/gtest.h>
+
+namespace zelkor::producer::test {
+namespace {
+
+class DeclarationFacts : public ::testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        first = new UnitFacts(parse("first.cpp"));
+        plain = new UnitFacts(parse("plain.c"));
+    }
+    static void TearDownTestSuite() {
+        delete first;
+        delete plain;
+    }
+    static UnitFacts const& unit(bool isC) { return isC ? *plain : *first; }
+    static inline UnitFacts* first = nullptr;
+    static inline UnitFacts* plain = nullptr;
+};
+
+TEST_F(DeclarationFacts, FixturesHaveNoErrors) {
+    for (UnitFacts const* const facts : {first, plain}) {
+        EXPECT_EQ(facts->failure, "");
+        for (Diagnostic const& diagnostic : facts->diagnostics) {
+            EXPECT_LT(diagnostic.severity, Severity::Error) << diagnostic.text;
+        }
+    }
+}
+
+TEST_F(DeclarationFacts, Functions) {
+    struct Row {
+        EntityKind kind;
+        char const* owner;
+        char const* name;
+        char const* type;
+        char const* flags;
+        unsigned optional;
+        SpecialFunction special;
+        StorageClass storage;
+        Linkage linkage;
+        Access access;
+    };
+    using enum EntityKind;
+    using enum SpecialFunction;
+    auto const noStorage = StorageClass::None;
+    Row const rows[] = {
+        {Method, "Shape", "area", "fn()->double", "virtual abstract const", 0, None, noStorage, Linkage::Cxx,
+         Access::Public},
+        {Method, "Shape", "~Shape", "fn()->none", "virtual", 0, Destructor, noStorage, Linkage::Cxx,
+         Access::Public},
+        {Method, "Shape", "isLarge", "fn(double,int,)->bool", "inline const", 2, None, noStorage,
+         Linkage::Cxx, Access::Public},
+        {Method, "Shape", "operator bool", "fn()->bool", "const", 0, Conversion, noStorage, Linkage::Cxx,
+         Access::Public},
+        {Method, "Shape", "operator==", "fn(ref(const(Shape)),)->bool", "const", 0, Operator, noStorage,
+         Linkage::Cxx, Access::Public},
+        {Method, "Square", "area", "fn()->double", "virtual final const", 0, None, noStorage, Linkage::Cxx,
+         Access::Public},
+        {Method, "Square", "Square", "fn(ref(const(Square)),)->none", "inline deleted", 0, CopyConstructor,
+         noStorage, Linkage::Cxx, Access::Public},
+        {Function, "Word", "low", "fn()->uint", "inline const", 0, None, noStorage, Linkage::Cxx,
+         Access::Public},
+        {Function, "shapes", "later", "fn(int,)->int", "inline", 0, None, noStorage, Linkage::Cxx,
+         Access::None},
+        {Function, "", "operator\"\"_km", "fn(ullong,)->long", "", 0, UdlOperator, noStorage, Linkage::Cxx,
+         Access::None},
+        {Function, "", "fromC", "fn()->int", "", 0, None, noStorage, Linkage::C, Access::None},
+        {Function, "", "register_plain", "fn(int,)->int", "", 0, None, noStorage, Linkage::C, Access::None},
+        {Function, "shapes", "largest", "fn(param T,param T,)->param T", "", 0, None, noStorage, Linkage::Cxx,
+         Access::None},
+        {Method, "Box", "put", "fn(rref(param U),)->void", "", 0, None, noStorage, Linkage::Cxx,
+         Access::Public},
+        {Function, "shapes", "countAll", "fn(rref(param Args),)->int", "", 0, None, noStorage, Linkage::Cxx,
+         Access::None},
+    };
+    for (Row const& row : rows) {
+        Entity const* const entity = findEntity(*first, row.kind, row.name, row.owner);
+        ASSERT_NE(entity, nullptr) << row.owner << "::" << row.name;
+        FunctionFacts const& facts = *entity->as<FunctionFacts>();
+        EXPECT_EQ(typeText(*first, entity->type), row.type) << row.name;
+        EXPECT_EQ(flagText(facts), row.flags) << row.name;
+        EXPECT_EQ(facts.optionalParameters, row.optional) << row.name;
+        EXPECT_EQ(facts.special, row.special) << row.name;
+        EXPECT_EQ(entity->storage, row.storage) << row.name;
+        EXPECT_EQ(entity->linkage, row.linkage) << row.name;
+        EXPECT_EQ(entity->access, row.access) << row.name;
+    }
+}
+
+TEST_F(DeclarationFacts, VariablesAndConstants) {
+    struct Row {
+        bool isC;
+        char const* name;
+        char const* type;
+        char const* value; // null: none
+        StorageClass storage;
+        Linkage linkage;
+    };
+    using enum StorageClass;
+    Row const rows[] = {
+        {false, "counter", "int", "int 16", Static, Linkage::Internal},
+        {false, "pointer", "pointer(const(int))", "address counter", None, Linkage::Cxx},
+        {false, "greeting", "array[9](const(char))", nullptr, None, Linkage::Internal},
+        {false, "ratio", "double", "float 0.1", None, Linkage::Cxx},
+        {false, "single", "float", "float 1.1", None, Linkage::Cxx},
+        {false, "table", "array[5](int)", "{int 1, int -2, int 3, repeat}", None, Linkage::Cxx},
+        {false, "colour", "Colour", "int Green 2", None, Linkage::Cxx},
+        {false, "member", "memptr(int)", "member shapes::Forward::value", None, Linkage::Cxx},
+        {false, "function", "pointer(fn(int,)->int)", "address shapes::later", None, Linkage::Cxx},
+        {false, "reference", "ref(array[2](int))", "run time", None, Linkage::Cxx},
+        {false, "yes", "bool", "int 1", None, Linkage::Cxx},
+        {false, "same", "decltype(int)", "int 4", None, Linkage::Cxx},
+        {false, "huge", "ullong", "int 18446744073709551615", None, Linkage::Cxx},
+        {false, "box", "Box", "run time", None, Linkage::Cxx},
+        {false, "pairs", "pointer(Box)", "int 0", None, Linkage::Cxx},
+        {false, "hidden", "int", "int 1", None, Linkage::Internal},
+        {false, "sharedWithC", "int", nullptr, None, Linkage::C},
+        {false, "calls", "int", nullptr, Static, Linkage::None},
+        {false, "nested", "int", "run time", None, Linkage::None},
+        {true, "origin", "point",
+         "{designator x, int 1, designator y, int -2, designator name, string origin}", None, Linkage::C},
+        {true, "sparse", "array[100](int)", "{int 1, designator 5, int 7, repeat}", None, Linkage::C},
+        {true, "kind", "plain_kind", "int PLAIN_FIVE 5", None, Linkage::C},
+        {true, "tentative", "int", nullptr, None, Linkage::C},
+        {true, "elsewhere", "int", nullptr, Extern, Linkage::C},
+        {true, "place", "restrict(pointer(volatile(int)))", "address elsewhere", None, Linkage::None},
+        {true, "variable", "array[-1](int)", nullptr, None, Linkage::None},
+        {true, "wave", "_Complex(double)", nullptr, None, Linkage::C},
+        {true, "shared", "_Atomic(int)", nullptr, None, Linkage::C},
+    };
+    for (Row const& row : rows) {
+        UnitFacts const& facts = unit(row.isC);
+        Entity const* const entity = findEntity(facts, EntityKind::Variable, row.name);
+        ASSERT_NE(entity, nullptr) << row.name;
+        EXPECT_EQ(typeText(facts, entity->type), row.type) << row.name;
+        EXPECT_EQ(entity->storage, row.storage) << row.name;
+        EXPECT_EQ(entity->linkage, row.linkage) << row.name;
+        auto const& value = entity->as<VariableFacts>()->initialiser;
+        if (std::string_view(row.name) == "greeting") {
+            ASSERT_TRUE(value.has_value());
+            EXPECT_EQ(value->value, std::string("hi\nA\0end", 8));
+        } else {
+            EXPECT_EQ(value ? constantText(*value) : "", row.value ? row.value : "") << row.name;
+        }
+    }
+}
+
+TEST_F(DeclarationFacts, Fields) {
+    struct Row {
+        bool isC;
+        char const* owner;
+        char const* name;
+        char const* type;
+        Access access;
+        int bits; // -1: no bit field
+        bool isMutable;
+        StorageClass storage;
+        char const* value;
+    };
+    using enum Access;
+    Row const rows[] = {
+        {false, "Shape", "uses_", "int", Protected, -1, true, StorageClass::None, "int 0"},
+        {false, "Shape", "name_", "string", Private, -1, false, StorageClass::None, ""},
+        {false, "Shape", "flags_", "uint", Private, 3, false, StorageClass::None, ""},
+        {false, "Shape", "count", "int", Public, -1, false, StorageClass::Static, "int 7"},
+        {false, "Square", "side_", "double", Private, -1, false, StorageClass::None, "float 2.5"},
+        {false, "Word", "bytes", "array[4](uchar)", Public, -1, false, StorageClass::None, ""},
+        {false, "Box", "items", "array[-1](param T)", Public, -1, false, StorageClass::None, ""},
+        {false, "Box", "nested", "opaque typename T::value_type", Public, -1, false, StorageClass::None, ""},
+        {false, "Box", "list", "vector", Public, -1, false, StorageClass::None, ""},
+        {false, "Inner", "deep", "int", Public, -1, false, StorageClass::None, ""},
+        {true, "point", "name", "pointer(const(char))", Public, -1, false, StorageClass::None, ""},
+        {true, "point", "bits", "uint", Public, 5, false, StorageClass::None, ""},
+        {true, "", "inner", "int", Public, -1, false, StorageClass::None, ""},
+    };
+    for (Row const& row : rows) {
+        UnitFacts const& facts = unit(row.isC);
+        Entity const* const entity = findEntity(facts, EntityKind::Member, row.name, row.owner);
+        ASSERT_NE(entity, nullptr) << row.owner << "::" << row.name;
+        VariableFacts const& field = *entity->as<VariableFacts>();
+        EXPECT_EQ(typeText(facts, entity->type), row.type) << row.name;
+        EXPECT_EQ(entity->access, row.access) << row.name;
+        EXPECT_EQ(field.bits ? static_cast<int>(*field.bits) : -1, row.bits) << row.name;
+        EXPECT_EQ(field.isMutable, row.isMutable) << row.name;
+        EXPECT_EQ(entity->storage, row.storage) << row.name;
+        EXPECT_EQ(field.initialiser ? constantText(*field.initialiser) : "", row.value) << row.name;
+    }
+}
+
+TEST_F(DeclarationFacts, Aggregates) {
+    struct Row {
+        EntityKind kind;
+        char const* name;
+        char const* bases;
+        bool isFinal, isAbstract, isEmpty, needsConstructor, needsCopy, isDefined;
+    };
+    using enum EntityKind;
+    Row const rows[] = {
+        {Class, "Shape", "", false, true, false, false, false, true},
+        {Class, "Square", "virtual public Shape, private vector", true, false, false, false, false, true},
+        {Struct, "Empty", "", false, false, true, true, true, true},
+        {Struct, "EmptyToo", "public Empty", false, false, true, true, true, true},
+        {Union, "Word", "", false, false, false, true, true, true},
+        {Struct, "Forward", "", false, false, false, true, true, true},
+        {Class, "Inspector", "", false, false, false, false, false, false},
+    };
+    for (Row const& row : rows) {
+        Entity const* const entity = findEntity(*first, row.kind, row.name);
+        ASSERT_NE(entity, nullptr) << row.name;
+        RecordFacts const& facts = *entity->as<RecordFacts>();
+        std::string bases;
+        for (BaseFact const& base : facts.bases) {
+            static constexpr char const* words[] = {"none ", "public ", "protected ", "private "};
+            bases += (bases.empty() ? "" : ", ") + std::string(base.isVirtual ? "virtual " : "") +
+                     words[static_cast<std::size_t>(base.access)] + typeText(*first, base.type);
+        }
+        EXPECT_EQ(bases, row.bases) << row.name;
+        EXPECT_EQ(facts.isFinal, row.isFinal) << row.name;
+        EXPECT_EQ(facts.isAbstract, row.isAbstract) << row.name;
+        EXPECT_EQ(facts.isEmpty, row.isEmpty) << row.name;
+        EXPECT_EQ(facts.needsConstructor, row.needsConstructor) << row.name;
+        EXPECT_EQ(facts.needsCopyConstructor, row.needsCopy) << row.name;
+        EXPECT_EQ(entity->isDefined, row.isDefined) << row.name;
+    }
+    RecordFacts const& shape = *findEntity(*first, Class, "Shape")->as<RecordFacts>();
+    ASSERT_EQ(shape.friendTypes.size(), 1U);
+    ASSERT_EQ(shape.friendFunctions.size(), 1U);
+    EXPECT_EQ(shape.friendTypes[0], findEntity(*first, Class, "Inspector")->id);
+    EXPECT_EQ(shape.friendFunctions[0], findEntity(*first, Function, "inspect")->id);
+}
+
+TEST_F(DeclarationFacts, ForwardDeclarationsAddPositionsToTheDefinition) {
+    Entity const* const forward = findEntity(*first, EntityKind::Struct, "Forward");
+    ASSERT_NE(forward, nullptr);
+    ASSERT_TRUE(forward->definition.has_value());
+    EXPECT_EQ(forward->definition->line, 11U);
+    EXPECT_EQ(forward->definition->column, 8U);
+    EXPECT_EQ(forward->declarations.size(), 1U);
+    Entity const* const constructor = findEntity(*first, EntityKind::Method, "Shape");
+    ASSERT_NE(constructor, nullptr);
+    FunctionFacts const& facts = *constructor->as<FunctionFacts>();
+    EXPECT_EQ(facts.optionalParameters, 1U) << "default arguments stand on the declaration";
+    ASSERT_TRUE(facts.body.has_value());
+    EXPECT_EQ(facts.body->start, (Position{facts.body->start.file, 8, 57}));
+    EXPECT_EQ(facts.body->end, (Position{facts.body->start.file, 8, 58}));
+}
+
+TEST_F(DeclarationFacts, Enumerations) {
+    Entity const* const colour = findEntity(*first, EntityKind::Enum, "Colour");
+    ASSERT_NE(colour, nullptr);
+    EnumFacts const& facts = *colour->as<EnumFacts>();
+    EXPECT_TRUE(facts.isScoped);
+    EXPECT_TRUE(facts.hasExplicitBase);
+    EXPECT_EQ(facts.bits, 8U);
+    EXPECT_EQ(typeText(*first, colour->type), "uchar");
+    EXPECT_EQ(facts.enumerators,
+              (std::vector<EnumeratorFact>{{"Red", "1", "///< like a rose"}, {"Green", "2", ""}}));
+    EXPECT_EQ(colour->comments, std::vector<std::string>{"/// Colours of shapes."});
+    Entity const* const unnamed = findEntity(*first, EntityKind::Enum, "");
+    ASSERT_NE(unnamed, nullptr);
+    EXPECT_FALSE(unnamed->as<EnumFacts>()->isScoped);
+    EXPECT_FALSE(unnamed->as<EnumFacts>()->hasExplicitBase);
+    EXPECT_EQ(unnamed->as<EnumFacts>()->enumerators[0].value, "-1");
+}
+
+TEST_F(DeclarationFacts, Templates) {
+    struct Row {
+        EntityKind prototype;
+        char const* name;
+        TemplateKind kind;
+        char const* parameters;
+        char const* arguments; // of the prototype
+    };
+    using enum EntityKind;
+    Row const rows[] = {
+        {Struct, "Box", TemplateKind::Class, "T N:int Rest...", "type T, value, pack, type Rest, "},
+        {Method, "put", TemplateKind::MemberFunction, "U", "type U, "},
+        {Function, "largest", TemplateKind::Function, "T", "type T, "},
+        {Function, "countAll", TemplateKind::Function, "Args...", "pack, type Args, "},
+        {Typedef, "Pair", TemplateKind::Unknown, "T", "type T, "},
+    };
+    for (Row const& row : rows) {
+        Entity const* const entity = findEntity(*first, Template, row.name);
+        ASSERT_NE(entity, nullptr) << row.name;
+        TemplateFacts const& facts = *entity->as<TemplateFacts>();
+        std::string parameters;
+        for (TemplateParameterFact const& parameter : facts.parameters) {
+            parameters += (parameters.empty() ? "" : " ") + parameter.name + (parameter.isPack ? "..." : "");
+            if (!parameter.type.is_nil()) parameters += ":" + typeText(*first, parameter.type);
+        }
+        EXPECT_EQ(facts.kind, row.kind) << row.name;
+        EXPECT_EQ(parameters, row.parameters) << row.name;
+        Entity const* const prototype = findEntity(*first, row.prototype, row.name);
+        ASSERT_NE(prototype, nullptr) << row.name;
+        EXPECT_EQ(facts.prototype, prototype->id) << row.name;
+        EXPECT_TRUE(prototype->isPrototype) << row.name;
+        EXPECT_EQ(prototype->templateOf, entity->id) << row.name;
+        EXPECT_EQ(prototype->owner, entity->owner) << row.name;
+        std::string arguments;
+        for (TemplateArgumentFact const& argument : prototype->arguments) {
+            static constexpr char const* words[] = {"unknown", "type ", "value", "template", "pack"};
+            arguments += words[static_cast<std::size_t>(argument.kind)];
+            arguments += argument.kind == ArgumentKind::Type ? argument.name + ", " : ", ";
+        }
+        EXPECT_EQ(arguments, row.arguments) << row.name;
+    }
+    Entity const* const variable = findEntity(*first, Template, "zero");
+    ASSERT_NE(variable, nullptr);
+    EXPECT_EQ(variable->as<TemplateFacts>()->kind, TemplateKind::Variable);
+}
+
+TEST_F(DeclarationFacts, InstantiationsHaveArgumentsAndFields) {
+    Entity const* instantiation = nullptr;
+    for (Entity const& entity : first->entities) {
+        RecordFacts const* const record = entity.as<RecordFacts>();
+        if (entity.name == "Box" && record && record->isInstantiated && entity.arguments.size() > 2 &&
+            typeText(*first, entity.arguments[0].type) == "basic_string") {
+            instantiation = &entity;
+        }
+    }
+    ASSERT_NE(instantiation, nullptr);
+    EXPECT_EQ(instantiation->templateOf, findEntity(*first, EntityKind::Template, "Box")->id);
+    EXPECT_EQ(instantiation->arguments[1].value.value().value, "2");
+    EXPECT_EQ(instantiation->arguments[2].kind, ArgumentKind::PackStart) << "an empty pack is a pack";
+    EXPECT_EQ(instantiation->as<RecordFacts>()->contents.size(), 3U);
+    Entity const* const largest = findEntity(*first, EntityKind::Template, "largest");
+    bool hasFunction = false;
+    for (Entity const& entity : first->entities) {
+        hasFunction |= entity.templateOf == largest->id && !entity.isPrototype &&
+                       typeText(*first, entity.arguments.at(0).type) == "int";
+    }
+    EXPECT_TRUE(hasFunction) << "a call of a function template refers to the instantiation";
+}
+
+TEST_F(DeclarationFacts, LambdasHoldWhatIsInsideThem) {
+    Entity const* closure = nullptr;
+    for (Entity const& entity : first->entities) {
+        RecordFacts const* const record = entity.as<RecordFacts>();
+        if (record && record->isLambda) closure = &entity;
+    }
+    ASSERT_NE(closure, nullptr);
+    EXPECT_EQ(closure->name, "");
+    EXPECT_EQ(closure->owner, findEntity(*first, EntityKind::Function, "run")->id);
+    Entity const* const call = findEntity(*first, EntityKind::Method, "operator()");
+    ASSERT_NE(call, nullptr);
+    EXPECT_EQ(call->owner, closure->id);
+    Entity const* const inner = findEntity(*first, EntityKind::Struct, "Inner");
+    ASSERT_NE(inner, nullptr);
+    EXPECT_EQ(inner->owner, call->id);
+}
+
+TEST_F(DeclarationFacts, Namespaces) {
+    struct Row {
+        char const* name;
+        bool isInline, isStd;
+        char const* alias;
+    };
+    for (Row const& row :
+         {Row{"shapes", false, false, ""}, Row{"v1", true, false, ""}, Row{"std", false, true, ""},
+          Row{"alias", false, false, "shapes"}, Row{"", false, false, ""}}) {
+        Entity const* const entity = findEntity(*first, EntityKind::Namespace, row.name);
+        ASSERT_NE(entity, nullptr) << row.name;
+        NamespaceFacts const& facts = *entity->as<NamespaceFacts>();
+        EXPECT_EQ(facts.isInline, row.isInline) << row.name;
+        EXPECT_EQ(facts.isStd, row.isStd) << row.name;
+        EXPECT_EQ(facts.alias.is_nil() ? "" : typeText(*first, facts.alias), row.alias) << row.name;
+    }
+}
+
+TEST_F(DeclarationFacts, SystemHeadersOnlyAsFarAsReferenced) {
+    Entity const* const size = findEntity(*first, EntityKind::Method, "size", "basic_string");
+    ASSERT_NE(size, nullptr) << "a body calls it";
+    EXPECT_FALSE(size->inProject);
+    EXPECT_FALSE(size->as<FunctionFacts>()->body.has_value());
+    EXPECT_EQ(findEntity(*first, EntityKind::Method, "find_first_of", "basic_string"), nullptr)
+        << "nothing does";
+    std::size_t stubs = 0;
+    for (Entity const& entity : first->entities)
+        stubs += entity.inProject ? 0 : 1;
+    EXPECT_LT(stubs, 40U) << "the headers hold thousands of declarations";
+    for (Entity const& entity : first->entities) {
+        if (entity.inProject || !entity.as<RecordFacts>()) continue;
+        EXPECT_TRUE(entity.as<RecordFacts>()->bases.empty()) << entity.name;
+    }
+}
+
+TEST_F(DeclarationFacts, EveryReferenceHasItsTarget) {
+    for (UnitFacts const* const facts : {first, plain}) {
+        for (TypeFact const& type : facts->types) {
+            EXPECT_NE(typeText(*facts, type.base), "?") << static_cast<int>(type.kind);
+            for (Id const& parameter : type.parameters)
+                EXPECT_NE(typeText(*facts, parameter), "?");
+        }
+        for (Entity const& entity : facts->entities) {
+            EXPECT_NE(typeText(*facts, entity.type), "?") << entity.name;
+            EXPECT_NE(typeText(*facts, entity.owner), "?") << entity.name;
+            EXPECT_NE(typeText(*facts, entity.templateOf), "?") << entity.name;
+        }
+    }
+}
+
+} // namespace
+} // namespace zelkor::producer::test

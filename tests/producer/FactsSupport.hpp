@@ -1,0 +1,47 @@
+// Fixtures as facts, and text of facts to compare with.
+#pragma once
+
+#include "UnitParser.hpp"
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zelkor::producer::test {
+
+std::filesystem::path fixtures();
+
+// A directory below the system's temporary one, removed with this object.
+class TemporaryDirectory {
+  public:
+    TemporaryDirectory();
+    ~TemporaryDirectory();
+    TemporaryDirectory(TemporaryDirectory const&) = delete;
+    TemporaryDirectory& operator=(TemporaryDirectory const&) = delete;
+
+    std::filesystem::path const& path() const { return path_; }
+    std::filesystem::path write(std::string const& name, std::string_view text) const;
+
+  private:
+    std::filesystem::path path_;
+};
+
+// Parses a file as if the database had it with these options; the directory is also the project root.
+UnitFacts parse(std::string const& file, std::vector<std::string> const& options = {},
+                std::filesystem::path const& directory = fixtures());
+
+// The first entity of a kind and name; `owner` is the name of the entity around it, when that matters.
+Entity const* findEntity(UnitFacts const& facts, EntityKind kind, std::string_view name,
+                         std::string_view owner = "*");
+
+// A type in prefix form: "pointer(const(int))", names of declared types as they are.
+std::string typeText(UnitFacts const& facts, Id const& id);
+
+// "int 5", "float 0.1", "{int 1, repeat}".
+std::string constantText(ConstantFact const& constant);
+
+// Flags that are set, with blanks between.
+std::string flagText(FunctionFacts const& facts);
+
+} // namespace zelkor::producer::test

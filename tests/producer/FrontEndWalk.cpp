@@ -1,0 +1,482 @@
+#include "FrontEndWalk.hpp"
+
+#include "ClangText.hpp"
+
+#include <brant/zero/meta/Names.hpp>
+
+#include <algorithm>
+#include <filesystem>
+
+namespace zelkor::producer::test {
+
+namespace za = zelkor::ast;
+
+namespace {
+
+struct KindRow {
+    CXCursorKind cursor;
+    char const* kind;
+};
+
+constexpr KindRow kindRows[] = {
+    {CXCursor_FunctionDecl, "function"},
+    {CXCursor_CXXMethod, "function"},
+    {CXCursor_Constructor, "function"},
+    {CXCursor_Destructor, "function"},
+    {CXCursor_ConversionFunction, "function"},
+    {CXCursor_VarDecl, "variable"},
+    {CXCursor_FieldDecl, "variable"},
+    {CXCursor_StructDecl, "aggregate"},
+    {CXCursor_ClassDecl, "aggregate"},
+    {CXCursor_UnionDecl, "aggregate"},
+    {CXCursor_EnumDecl, "enumeration"},
+    {CXCursor_TypedefDecl, "typedef"},
+    {CXCursor_TypeAliasDecl, "typedef"},
+    {CXCursor_ClassTemplate, "template"},
+    {CXCursor_ClassTemplatePartialSpecialization, "template"},
+    {CXCursor_FunctionTemplate, "template"},
+    {CXCursor_TypeAliasTemplateDecl, "template"},
+};
+
+std::string kindOf(CXCursorKind cursor) {
+    for (KindRow const& row : kindRows) {
+        if (row.cursor == cursor) return row.kind;
+    }
+    return {};
+}
+
+std::string kindOf(za::Symbol const& symbol) {
+    if (za::Function::cast(symbol)) return "function";
+    if (za::Variable::cast(symbol)) return "variable";
+    if (za::types::AggregateType::cast(symbol)) return "aggregate";
+    if (za::types::EnumType::cast(symbol)) return "enumeration";
+    if (za::types::TypedefType::cast(symbol)) return "typedef";
+    return za::Template::cast(symbol) ? "template" : "";
+}
+
+bool isPrototype(za::Symbol const& symbol) {
+    if (auto const function = za::Function::cast(symbol)) return function.getIsTemplatePrototype();
+    if (auto const aggregate = za::types::AggregateType::cast(symbol))
+        return aggregate.getIsTemplatePrototype();
+    if (auto const type = za::types::TypedefType::cast(symbol)) return type.getIsPrototypeInstantiation();
+    return false;
+}
+
+// The producer's own names for things that C++ has none for are empty, so are those of the front end here.
+std::string plainName(CXCursor cursor) {
+    std::string name = take(clang_getCursorSpelling(cursor));
+    if (clang_Cursor_isAnonymous(cursor) || name.find(" at ") != std::string::npos) return {};
+    CXCursorKind kind = clang_getCursorKind(cursor);
+    if (kind == CXCursor_FunctionTemplate) kind = clang_getTemplateCursorKind(cursor);
+    if (kind == CXCursor_Constructor || kind == CXCursor_Destructor) name = name.substr(0, name.find('<'));
+    return name;
+}
+
+za::types::AccessSpecifierKind accessOf(CXCursor cursor) {
+    switch (clang_getCXXAccessSpecifier(cursor)) {
+    case CX_CXXPublic:
+        return za::types::AccessSpecifierKind::Public;
+    case CX_CXXProtected:
+        return za::types::AccessSpecifierKind::Protected;
+    case CX_CXXPrivate:
+        return za::types::AccessSpecifierKind::Private;
+    default:
+        return za::types::AccessSpecifierKind::None;
+    }
+}
+
+std::vector<CXCursor> childrenOf(CXCursor cursor) {
+    std::vector<CXCursor> children;
+    clang_visitChildren(
+        cursor,
+        [](CXCursor child, CXCursor, CXClientData data) {
+            static_cast<std::vector<CXCursor>*>(data)->push_back(child);
+            return CXChildVisit_Continue;
+        },
+        &children);
+    return children;
+}
+
+// Counted by tokens, where the producer reads the text.
+bool hasDefault(CXCursor parameter) {
+    CXTranslationUnit const unit = clang_Cursor_getTranslationUnit(parameter);
+    CXToken* tokens = nullptr;
+    unsigned count = 0;
+    clang_tokenize(unit, clang_getCursorExtent(parameter), &tokens, &count);
+    int depth = 0;
+    bool found = false;
+    for (unsigned i = 0; i < count; ++i) {
+        std::string const text = take(clang_getTokenSpelling(unit, tokens[i]));
+        if (text == "(" || text == "[" || text == "{") ++depth;
+        if (text == ")" || text == "]" || text == "}") --depth;
+        found |= depth == 0 && text == "=";
+    }
+    clang_disposeTokens(unit, tokens, count);
+    return found;
+}
+
+} // namespace
+
+FrontEndWalk::FrontEndWalk(ModelIndex const& index, std::string root, std::string resourceDirectory,
+                           std::set<std::string> dropped)
+    : index_(index), root_(std::move(root)), resourceDirectory_(std::move(resourceDirectory)),
+      dropped_(std::move(dropped)) {}
+
+void FrontEndWalk::walk(WalkedUnit const& unit) {
+    std::vector<std::string> arguments = unit.arguments;
+    auto const output = std::find(arguments.begin(), arguments.end(), "-o");
+    if (output != arguments.end()) arguments.erase(output, std::min(output + 2, arguments.end()));
+    auto const end = std::find(arguments.begin(), arguments.end(), "--");
+    arguments.insert(end, {"-resource-dir", resourceDirectory_, "-working-directory", unit.directory});
+    std::vector<char const*> pointers;
+    for (std::string const& argument : arguments)
+        pointers.push_back(argument.c_str());
+    CXIndex const index = clang_createIndex(0, 0);
+    CXTranslationUnit parsed = nullptr;
+    clang_parseTranslationUnit2FullArgv(
+        index, nullptr, pointers.data(), static_cast<int>(pointers.size()), nullptr, 0,
+        CXTranslationUnit_KeepGoing | CXTranslationUnit_IncludeAttributedTypes, &parsed);
+    if (!parsed) {
+        mismatches_.push_back("cannot parse " + arguments.back());
+    } else {
+        clang_visitChildren(
+            clang_getTranslationUnitCursor(parsed),
+            [](CXCursor cursor, CXCursor, CXClientData data) {
+                return static_cast<FrontEndWalk*>(data)->visit(cursor);
+            },
+            this);
+        clang_disposeTranslationUnit(parsed);
+    }
+    clang_disposeIndex(index);
+}
+
+bool FrontEndWalk::placeOf(CXCursor cursor, Place& place) const {
+    CXFile file = nullptr;
+    unsigned line = 0;
+    unsigned column = 0;
+    clang_getFileLocation(clang_getCursorLocation(cursor), &file, &line, &column, nullptr);
+    if (!file) return false;
+    std::error_code error;
+    std::string name = std::filesystem::canonical(take(clang_File_tryGetRealPathName(file)), error).string();
+    if (name.starts_with(root_ + "/")) name = name.substr(root_.size() + 1);
+    place = {name, line, column};
+    return true;
+}
+
+bool FrontEndWalk::isInProject(Place const& place) const {
+    return std::get<0>(place).substr(0, 1) != "/";
+}
+
+CXChildVisitResult FrontEndWalk::visit(CXCursor cursor) {
+    CXCursorKind const kind = clang_getCursorKind(cursor);
+    Place place;
+    if (clang_isDeclaration(kind) && kind != CXCursor_LinkageSpec) {
+        if (!placeOf(cursor, place) || !isInProject(place)) return CXChildVisit_Continue;
+        std::string const text = std::get<0>(place) + ':' + std::to_string(std::get<1>(place)) + ':' +
+                                 std::to_string(std::get<2>(place));
+        if (dropped_.contains(text)) return CXChildVisit_Continue;
+    }
+    if (kind == CXCursor_Namespace) checkNamespace(cursor);
+    std::string const group = kindOf(kind);
+    // The alias inside an alias template stands for its prototype, which the template leads to.
+    bool const isInnerAlias =
+        kind == CXCursor_TypeAliasDecl &&
+        clang_getCursorKind(clang_getCursorLexicalParent(cursor)) == CXCursor_TypeAliasTemplateDecl;
+    if (!group.empty() && !isInnerAlias) check(cursor, group);
+    return CXChildVisit_Recurse;
+}
+
+std::string FrontEndWalk::ownerText(CXCursor cursor) const {
+    CXCursor const parent = clang_getCursorSemanticParent(cursor);
+    CXCursorKind const kind = clang_getCursorKind(parent);
+    if (clang_isInvalid(kind) || kind == CXCursor_TranslationUnit) return {};
+    if (kind == CXCursor_LinkageSpec) return ownerText(parent);
+    return ownerText(parent) + plainName(parent) + "::";
+}
+
+void FrontEndWalk::checkNamespace(CXCursor cursor) {
+    std::string const wanted = ownerText(cursor) + plainName(cursor) + "::";
+    if (!seen_.insert("namespace " + wanted).second) return;
+    ++tallies_["namespace"].declarations;
+    for (za::Symbol const& symbol : index_.symbols()) {
+        auto space = za::Namespace::cast(symbol.getOwningScope());
+        if (!space || ModelIndex::scopeText(space) != wanted) continue;
+        ++tallies_["namespace"].elements;
+        expect(space.getIsInline() == (clang_Cursor_isInlineNamespace(cursor) != 0), cursor,
+               "inline namespace");
+        return;
+    }
+    // One without symbols holds nothing that could be compared.
+    bool const isEmpty =
+        std::none_of(index_.symbols().begin(), index_.symbols().end(), [&](za::Symbol const& symbol) {
+            return ModelIndex::ownerText(symbol).starts_with(wanted);
+        });
+    if (isEmpty) ++tallies_["namespace"].elements;
+}
+
+za::Symbol FrontEndWalk::match(CXCursor cursor, std::string const& kind, Place const& place) const {
+    std::string const name = plainName(cursor);
+    std::string const owner = ownerText(cursor);
+    za::Symbol near;
+    for (za::Symbol const& symbol : index_.at(place)) {
+        if (kindOf(symbol) != kind || symbol.getName() != name) continue;
+        bool const isInstance = za::types::AggregateType::cast(symbol) && !isPrototype(symbol) &&
+                                za::types::AggregateType::cast(symbol).getAssocTemplate() &&
+                                clang_Cursor_isNull(clang_getSpecializedCursorTemplate(cursor));
+        if (isPrototype(symbol) || isInstance) continue;
+        near = symbol;
+        if (ModelIndex::ownerText(symbol) == owner) return symbol;
+    }
+    return near;
+}
+
+void FrontEndWalk::check(CXCursor cursor, std::string const& kind) {
+    Place place;
+    if (!placeOf(cursor, place)) return;
+    std::string const key = kind + ' ' + std::get<0>(place) + ':' + std::to_string(std::get<1>(place)) + ':' +
+                            std::to_string(std::get<2>(place)) + ' ' + plainName(cursor);
+    if (!seen_.insert(key).second) return;
+    Tally& tally = tallies_[kind];
+    ++tally.declarations;
+    za::Symbol const symbol = match(cursor, kind, place);
+    expect(static_cast<bool>(symbol), cursor, "not in the model");
+    if (!symbol) return;
+    ++tally.elements;
+    found_.insert(symbol.get());
+    expect(ModelIndex::ownerText(symbol) == ownerText(cursor), cursor,
+           "owner is " + ModelIndex::ownerText(symbol) + ", not " + ownerText(cursor));
+    compare(cursor, symbol);
+}
+
+void FrontEndWalk::compare(CXCursor cursor, za::Symbol const& symbol) {
+    if (auto const function = za::Function::cast(symbol)) compareFunction(cursor, function);
+    if (auto const variable = za::Variable::cast(symbol)) compareVariable(cursor, variable);
+    if (auto const aggregate = za::types::AggregateType::cast(symbol)) compareAggregate(cursor, aggregate);
+    if (auto const type = za::types::EnumType::cast(symbol)) compareEnum(cursor, type);
+    if (auto const made = za::Template::cast(symbol)) compareTemplate(cursor, made);
+    if (auto const type = za::types::TypedefType::cast(symbol)) {
+        expectType(cursor, type.getType(), clang_getTypedefDeclUnderlyingType(cursor), "aliased type");
+        expect(type.getIsAlias() == (clang_getCursorKind(cursor) == CXCursor_TypeAliasDecl), cursor,
+               "IsAlias");
+    }
+    if (clang_isCursorDefinition(cursor)) {
+        Place place;
+        placeOf(cursor, place);
+        bool const isThere = symbol.getDefPos() && ModelIndex::placeOf(symbol.getDefPos()) == place;
+        bool const isRepeated = za::types::TypedefType::cast(symbol) && symbol.hasDeclPos();
+        expect(isThere || isRepeated, cursor, "DefPos");
+    }
+}
+
+void FrontEndWalk::compareFunction(CXCursor cursor, za::Function const& function) {
+    CXType const type = clang_getCursorType(cursor);
+    CXCursorKind kind = clang_getCursorKind(cursor);
+    if (kind == CXCursor_FunctionTemplate) kind = clang_getTemplateCursorKind(cursor);
+    bool const hasResult = kind != CXCursor_Constructor && kind != CXCursor_Destructor;
+    auto const made = za::types::FunctionType::cast(function.getType());
+    expect(made && agreesFunction(made, type, hasResult, 0), cursor,
+           "type " + take(clang_getTypeSpelling(type)));
+    compareParameters(cursor, function);
+    expect(function.getIsVariadic() == (clang_Cursor_isVariadic(cursor) != 0), cursor, "IsVariadic");
+    // What one declaration says holds for all, so that the model may know more than this one.
+    expect(function.getIsInline() || !clang_Cursor_isFunctionInlined(cursor), cursor, "IsInline");
+    expect(function.getIsDeleted() || !clang_CXXMethod_isDeleted(cursor), cursor, "IsDeleted");
+    bool hasBody = false;
+    for (CXCursor const& child : childrenOf(cursor)) {
+        hasBody |= clang_getCursorKind(child) == CXCursor_CompoundStmt ||
+                   clang_getCursorKind(child) == CXCursor_CXXTryStmt;
+    }
+    expect(function.hasBodyPosition() || !hasBody, cursor, "BodyPosition");
+    struct SpecialRow {
+        CXCursorKind cursor;
+        bool isRight;
+    };
+    using Special = za::SpecialFunctionKind;
+    Special const special = function.getSpecialKind();
+    bool const isCopy = clang_CXXConstructor_isCopyConstructor(cursor) != 0;
+    for (SpecialRow const& row :
+         {SpecialRow{CXCursor_Constructor,
+                     special == (isCopy ? Special::CopyConstructor : Special::Constructor)},
+          SpecialRow{CXCursor_Destructor, special == Special::Destructor},
+          SpecialRow{CXCursor_ConversionFunction, special == Special::Conversion}}) {
+        expect(row.cursor != kind || row.isRight, cursor, "SpecialKind");
+    }
+    auto const method = za::types::Method::cast(function);
+    if (!method) return;
+    expect(method.getAccess() == accessOf(cursor), cursor, "Access");
+    expect(method.getIsVirtual() == (clang_CXXMethod_isVirtual(cursor) != 0), cursor, "IsVirtual");
+    expect(method.getIsAbstract() == (clang_CXXMethod_isPureVirtual(clang_getCanonicalCursor(cursor)) != 0),
+           cursor, "IsAbstract");
+    expect(method.getIsThisConst() == (clang_CXXMethod_isConst(cursor) != 0), cursor, "IsThisConst");
+    bool const isStatic = clang_CXXMethod_isStatic(cursor) != 0;
+    expect((method.getStorageClass() == za::StorageClassKind::Static) == isStatic, cursor, "StorageClass");
+}
+
+void FrontEndWalk::compareParameters(CXCursor cursor, za::Function const& function) {
+    std::vector<CXCursor> parameters;
+    for (CXCursor const& child : childrenOf(cursor)) {
+        bool const isOwn = clang_getCursorKind(child) == CXCursor_ParmDecl &&
+                           clang_equalCursors(clang_getCursorSemanticParent(child), cursor);
+        if (isOwn) parameters.push_back(child);
+    }
+    expect(parameters.size() == function.getParams().size(), cursor,
+           "number of parameters " + std::to_string(parameters.size()));
+    unsigned optional = 0;
+    for (std::size_t i = 0; i < std::min(parameters.size(), function.getParams().size()); ++i) {
+        za::Variable const parameter = function.getParams()[i];
+        std::string const name = plainName(parameters[i]);
+        bool const isDefinition = clang_isCursorDefinition(cursor) != 0;
+        expect(!isDefinition || name.empty() || parameter.getName() == name, cursor, "parameter " + name);
+        CXType const type = clang_getCursorType(parameters[i]);
+        bool const isPack = take(clang_getTypeSpelling(type)).ends_with("...");
+        expect(parameter.getIsParameterPack() == isPack, cursor, "IsParameterPack of " + name);
+        // An array parameter may be written differently on each declaration.
+        if (!isPack && isDefinition)
+            expectType(cursor, parameter.getType(), type, "type of parameter " + name);
+        optional += hasDefault(parameters[i]) ? 1 : 0;
+    }
+    expect(function.getNumOptionalParams() >= optional, cursor, "NumOptionalParams");
+}
+
+void FrontEndWalk::compareVariable(CXCursor cursor, za::Variable const& variable) {
+    if (clang_isCursorDefinition(cursor) || !variable.getDefPos()) {
+        expectType(cursor, variable.getType(), clang_getCursorType(cursor), "type");
+    }
+    CXCursor const value = clang_Cursor_getVarDeclInitializer(cursor);
+    bool const hasValue = clang_getCursorKind(cursor) == CXCursor_VarDecl && !clang_Cursor_isNull(value) &&
+                          !clang_isInvalid(clang_getCursorKind(value));
+    expect(variable.hasInitVal() || !hasValue, cursor, "InitVal");
+    CXEvalResult const result =
+        hasValue && clang_getCanonicalType(clang_getCursorType(cursor)).kind == CXType_Int
+            ? clang_Cursor_Evaluate(cursor)
+            : nullptr;
+    if (result && clang_EvalResult_getKind(result) == CXEval_Int) {
+        auto const constant = za::constants::IntegerConstant::cast(variable.getInitVal());
+        expect(constant && constant.getValue() == std::to_string(clang_EvalResult_getAsLongLong(result)),
+               cursor, "value of InitVal");
+    }
+    clang_EvalResult_dispose(result);
+    auto const member = za::types::Member::cast(variable);
+    if (!member) return;
+    expect(member.getAccess() == accessOf(cursor), cursor, "Access");
+    if (clang_getCursorKind(cursor) != CXCursor_FieldDecl) {
+        expect(member.getStorageClass() == za::StorageClassKind::Static, cursor, "StorageClass");
+        return;
+    }
+    expect(member.getIsBitField() == (clang_Cursor_isBitField(cursor) != 0), cursor, "IsBitField");
+    int const bits = clang_getFieldDeclBitWidth(cursor);
+    expect(bits < 0 || member.getBitSize() == static_cast<unsigned>(bits), cursor, "BitSize");
+    expect(member.getIsMutable() == (clang_CXXField_isMutable(cursor) != 0), cursor, "IsMutable");
+}
+
+void FrontEndWalk::compareAggregate(CXCursor cursor, za::types::AggregateType const& aggregate) {
+    if (!clang_isCursorDefinition(cursor)) return;
+    CXCursorKind kind = clang_getCursorKind(cursor);
+    if (kind == CXCursor_ClassTemplate || kind == CXCursor_ClassTemplatePartialSpecialization) {
+        kind = clang_getTemplateCursorKind(cursor);
+    }
+    std::string const name = brant::zero::meta::qualifiedNameUtf8(aggregate.getMetaClass());
+    std::string const expected = kind == CXCursor_StructDecl  ? "StructType"
+                                 : kind == CXCursor_ClassDecl ? "ClassType"
+                                                              : "UnionType";
+    expect(name.ends_with(expected), cursor, "class " + name);
+    expect(!aggregate.getIsIncomplete(), cursor, "IsIncomplete");
+    std::vector<CXCursor> bases;
+    std::size_t fields = 0;
+    bool isFinal = false;
+    for (CXCursor const& child : childrenOf(cursor)) {
+        CXCursorKind const childKind = clang_getCursorKind(child);
+        if (childKind == CXCursor_CXXBaseSpecifier) bases.push_back(child);
+        fields += childKind == CXCursor_FieldDecl ? 1 : 0;
+        isFinal |= childKind == CXCursor_CXXFinalAttr;
+    }
+    std::size_t members = 0;
+    for (za::types::Member const member : aggregate.getMembers()) {
+        members += member.getStorageClass() == za::StorageClassKind::Static ? 0 : 1;
+    }
+    expect(members == fields, cursor,
+           "fields " + std::to_string(fields) + ", members " + std::to_string(members));
+    auto const type = za::types::StructType::cast(aggregate);
+    if (!type) return;
+    expect(type.getIsFinal() == isFinal, cursor, "IsFinal");
+    expect(type.getIsAbstract() == (clang_CXXRecord_isAbstract(cursor) != 0), cursor, "IsAbstract");
+    expect(type.getBaseClasses().size() == bases.size(), cursor, "number of bases");
+    for (std::size_t i = 0; i < std::min(bases.size(), type.getBaseClasses().size()); ++i) {
+        za::types::BaseClass const base = type.getBaseClasses()[i];
+        expectType(cursor, base.getType(), clang_getCursorType(bases[i]), "base");
+        expect(base.getIsVirtual() == (clang_isVirtualBase(bases[i]) != 0), cursor, "IsVirtual of base");
+        expect(base.getInheritance() == accessOf(bases[i]), cursor, "Inheritance of base");
+    }
+}
+
+void FrontEndWalk::compareEnum(CXCursor cursor, za::types::EnumType const& type) {
+    if (!clang_isCursorDefinition(cursor)) return;
+    std::vector<std::string> names;
+    std::vector<std::string> values;
+    for (CXCursor const& child : childrenOf(cursor)) {
+        if (clang_getCursorKind(child) != CXCursor_EnumConstantDecl) continue;
+        names.push_back(plainName(child));
+        values.push_back(std::to_string(clang_getEnumConstantDeclValue(child)));
+    }
+    expect(std::equal(names.begin(), names.end(), type.getStrings().begin(), type.getStrings().end()), cursor,
+           "Strings");
+    expect(std::equal(values.begin(), values.end(), type.getValues().begin(), type.getValues().end()), cursor,
+           "Values");
+    expect(type.getEnumeratorComments().size() == names.size(), cursor, "EnumeratorComments");
+    expect(type.getIsScopedEnum() == (clang_EnumDecl_isScoped(cursor) != 0), cursor, "IsScopedEnum");
+    expectType(cursor, type.getStorageType(), clang_getEnumDeclIntegerType(cursor), "StorageType");
+}
+
+void FrontEndWalk::compareTemplate(CXCursor cursor, za::Template const& made) {
+    std::vector<std::string> names;
+    for (CXCursor const& child : childrenOf(cursor)) {
+        CXCursorKind const kind = clang_getCursorKind(child);
+        bool const isParameter = kind == CXCursor_TemplateTypeParameter ||
+                                 kind == CXCursor_NonTypeTemplateParameter ||
+                                 kind == CXCursor_TemplateTemplateParameter;
+        bool const isOwn = clang_getCursorKind(cursor) == CXCursor_TypeAliasTemplateDecl ||
+                           clang_equalCursors(clang_getCursorSemanticParent(child), cursor);
+        if (isParameter && isOwn) names.push_back(plainName(child));
+    }
+    std::size_t const held =
+        made.getScope() ? made.getScope().getSymbols().size() + made.getScope().getConstants().size() : 0;
+    expect(held == names.size(), cursor, "number of template parameters " + std::to_string(names.size()));
+    za::Symbol const prototype = made.getProtoTypeInstantiation();
+    expect(static_cast<bool>(prototype) && isPrototype(prototype), cursor, "ProtoTypeInstantiation");
+    if (!prototype) return;
+    found_.insert(prototype.get());
+    if (auto const function = za::Function::cast(prototype)) compareFunction(cursor, function);
+    if (auto const aggregate = za::types::AggregateType::cast(prototype)) compareAggregate(cursor, aggregate);
+}
+
+void FrontEndWalk::checkLeftOver() {
+    for (za::Symbol const& symbol : index_.symbols()) {
+        if (kindOf(symbol).empty() || found_.contains(symbol.get()) || !symbol.getDefPos()) continue;
+        Place const place = ModelIndex::placeOf(symbol.getDefPos());
+        auto const aggregate = za::types::AggregateType::cast(symbol);
+        auto const function = za::Function::cast(symbol);
+        auto const member = za::types::Member::cast(symbol);
+        // Instantiations, implicit members and closures are no declarations of the text.
+        bool const isMade = (aggregate && (aggregate.getAssocTemplate() || aggregate.getName().empty())) ||
+                            (function && (function.getAssocTemplate() || function.getIsCompilerGenerated() ||
+                                          function.getName() == "operator()")) ||
+                            (member && member.getAggregate().getAssocTemplate());
+        auto const method = za::types::Method::cast(symbol);
+        bool const isOfInstance = method && method.getOwningAggregate().getAssocTemplate();
+        if (!isMade && !isOfInstance && isInProject(place)) {
+            mismatches_.push_back(std::get<0>(place) + ':' + std::to_string(std::get<1>(place)) + ':' +
+                                  std::to_string(std::get<2>(place)) + ": " + kindOf(symbol) + ' ' +
+                                  symbol.getName() + " is in the model only");
+        }
+    }
+}
+
+void FrontEndWalk::expect(bool isRight, CXCursor cursor, std::string const& what) {
+    if (isRight) return;
+    Place place;
+    placeOf(cursor, place);
+    mismatches_.push_back(std::get<0>(place) + ':' + std::to_string(std::get<1>(place)) + ':' +
+                          std::to_string(std::get<2>(place)) + ": " + plainName(cursor) + ": " + what);
+}
+
+} // namespace zelkor::producer::test

@@ -1,0 +1,191 @@
+// Whole imports into a model.
+#include "FactsSupport.hpp"
+#include "ImportSupport.hpp"
+#include "ModelIndex.hpp"
+
+#include <zelkor/ast/io.hpp>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace zelkor::producer::test {
+namespace {
+
+namespace za = zelkor::ast;
+
+std::string commandFor(std::string const& file, std::string const& options = "") {
+    return R"({"directory": ")" + fixtures().string() + R"(", "file": ")" + file + R"(", "command": ")" +
+           (file.ends_with(".c") ? "/usr/bin/cc -std=c11 " : "/usr/bin/c++ -std=c++17 ") + options + " -c " +
+           file + R"("})";
+}
+
+class Import : public ::testing::Test {
+  protected:
+    std::filesystem::path database(std::vector<std::string> const& commands) {
+        std::string text = "[";
+        for (std::string const& command : commands)
+            text += (text.size() > 1 ? ",\n" : "") + command;
+        directory_.write("compile_commands.json", text + "]");
+        return directory_.path();
+    }
+    std::filesystem::path wholeProject() {
+        return database(
+            {commandFor("first.cpp", "-DGIVEN=1"), commandFor("second.cpp"), commandFor("plain.c")});
+    }
+
+    TemporaryDirectory directory_;
+};
+
+za::Symbol findSymbol(za::Project const& project, std::string_view name) {
+    if (!project) return {};
+    for (za::Symbol const& symbol : ModelIndex(project).symbols()) {
+        bool const isType = static_cast<bool>(za::types::Type::cast(symbol));
+        if (symbol.getName() == name && !isType && !za::Template::cast(symbol)) return symbol;
+    }
+    return {};
+}
+
+TEST_F(Import, AgreesWithTheFrontEndAndWithItself) {
+    CheckReport const report = checkImport(wholeProject(), fixtures().string(), ZELKOR_CLANG_RESOURCE_DIR);
+    for (std::string const& fault : report.faults)
+        ADD_FAILURE() << fault;
+}
+
+TEST_F(Import, EveryClassOfTheProducerIsReached) {
+    Imported const imported = import(wholeProject(), 2);
+    for (std::string const& name : producedClasses()) {
+        auto const found = imported.result.created.find(name);
+        EXPECT_TRUE(found != imported.result.created.end() && found->second > 0) << name;
+    }
+    std::size_t total = 0;
+    for (auto const& [name, count] : imported.result.created)
+        total += count;
+    EXPECT_EQ(total, imported.ast.getModel().size());
+}
+
+TEST_F(Import, PrintsAsWritten) {
+    Imported const imported = import(wholeProject(), 1);
+    struct Row {
+        char const* name;
+        char const* qualified;
+        char const* signature;
+    };
+    for (Row const& row : {
+             Row{"isLarge", "shapes::Shape::isLarge",
+                 "inline bool shapes::Shape::isLarge(double limit, int digits) const"},
+             Row{"largest", "shapes::largest<typename T>", "T shapes::largest<typename T>(T a, T b)"},
+             Row{"pointer", "pointer", "int const * pointer"},
+             Row{"sparse", "sparse", "int sparse[100]"},
+             Row{"low", "shapes::Word::low", "inline unsigned int shapes::Word::low(void)"},
+         }) {
+        za::Symbol const symbol = findSymbol(imported.project(), row.name);
+        ASSERT_TRUE(symbol) << row.name;
+        EXPECT_EQ(symbol.getFullyQualifiedName(), row.qualified);
+        EXPECT_EQ(symbol.generateSignature(), row.signature);
+    }
+}
+
+TEST_F(Import, UnitsStandInTheOrderOfTheDatabase) {
+    Imported const imported = import(
+        database({commandFor("second.cpp"), commandFor("plain.c"), commandFor("second.cpp", "-DAGAIN")}), 3);
+    auto const& units = imported.project().getCompilations();
+    ASSERT_EQ(units.size(), 3U);
+    std::vector<std::u16string> mains;
+    for (za::source::CompilationUnit const unit : units) {
+        ASSERT_FALSE(unit.getFiles().empty());
+        EXPECT_TRUE(unit.getFiles()[0].getIsTopLevelFile());
+        mains.push_back(unit.getFiles()[0].getPath());
+    }
+    EXPECT_EQ(mains, (std::vector<std::u16string>{u"second.cpp", u"plain.c", u"second.cpp"}));
+    EXPECT_EQ(units[0].getLanguage(), za::source::LanguageKind::CXX17);
+    EXPECT_EQ(units[1].getLanguage(), za::source::LanguageKind::C11);
+    EXPECT_EQ(units[2].getSymbols().size(), 0U) << "all it holds stands in the first unit";
+    EXPECT_EQ(imported.project().getLongNumBits(), sizeof(long) * 8);
+    EXPECT_EQ(imported.project().getPointerNumBits(), sizeof(void*) * 8);
+}
+
+TEST_F(Import, OneBadUnitDoesNotStopTheRest) {
+    Imported const imported = import(
+        database({commandFor("broken.cpp"), commandFor("nowhere.cpp"),
+                  commandFor("plain.c", "-fconserve-stack"), commandFor("second.cpp", "-fconserve-stack")}),
+        2);
+    ImportResult const& result = imported.result;
+    ASSERT_EQ(result.units.size(), 4U);
+    EXPECT_EQ(result.units[0].state, UnitState::Incomplete);
+    EXPECT_NE(result.units[0].reason.find("no_such_header.hpp"), std::string::npos);
+    EXPECT_EQ(result.units[1].state, UnitState::Failed);
+    EXPECT_NE(result.units[1].reason.find("No such file"), std::string::npos);
+    EXPECT_EQ(result.countUnits(UnitState::Complete), 2U);
+    EXPECT_EQ(result.rejectedOptions, (std::map<std::string, std::size_t>{{"-fconserve-stack", 2}}));
+    EXPECT_FALSE(imported.ast.getModel().verify().has_value());
+    EXPECT_TRUE(findSymbol(imported.project(), "stillThere"));
+    EXPECT_TRUE(findSymbol(imported.project(), "origin"));
+}
+
+TEST_F(Import, CancellingLeavesTheModelAsItWas) {
+    std::filesystem::path const path = wholeProject();
+    for (std::size_t after : {0U, 1U, 2U}) {
+        za::Ast ast;
+        std::atomic<bool> cancelled = after == 0;
+        ImportOptions options;
+        options.database = path.string();
+        options.jobs = 2;
+        options.cancelled = &cancelled;
+        options.progress = [&](ImportProgress const& progress) { cancelled = progress.unitsDone >= after; };
+        ImportResult const result = importProject(ast, options);
+        EXPECT_TRUE(result.isCancelled);
+        EXPECT_EQ(result.units.size(), after);
+        EXPECT_EQ(ast.getModel().size(), 0U);
+    }
+}
+
+TEST_F(Import, WhatProgressThrowsArrivesAndLeavesNothing) {
+    za::Ast ast;
+    ImportOptions options;
+    options.database = wholeProject().string();
+    options.progress = [](ImportProgress const& progress) {
+        if (progress.unitsDone == 2) throw std::runtime_error("enough");
+    };
+    EXPECT_THROW(importProject(ast, options), std::runtime_error);
+    EXPECT_EQ(ast.getModel().size(), 0U);
+}
+
+TEST_F(Import, ProgressCountsEachUnitOnceInOrder) {
+    za::Ast ast;
+    ImportOptions options;
+    options.database = wholeProject().string();
+    std::vector<std::string> files;
+    options.progress = [&](ImportProgress const& progress) {
+        files.push_back(progress.file);
+        EXPECT_EQ(progress.unitsDone, files.size());
+        EXPECT_EQ(progress.unitsTotal, 3U);
+    };
+    importProject(ast, options);
+    EXPECT_EQ(files, (std::vector<std::string>{"first.cpp", "second.cpp", "plain.c"}));
+}
+
+TEST_F(Import, AModelThatHoldsSomethingIsRefused) {
+    za::Ast ast;
+    za::Project::create(ast.getModel());
+    ImportOptions options;
+    options.database = wholeProject().string();
+    EXPECT_THROW(importProject(ast, options), ImportError);
+    EXPECT_EQ(ast.getModel().size(), 1U);
+}
+
+TEST_F(Import, BytesThatAreNoTextSurvive) {
+    directory_.write("bytes.c", "/* caf\xe9 \xe2\x82\xac */ char const* text = \"\xff\";\n");
+    directory_.write("compile_commands.json", R"([{"directory": ")" + directory_.path().string() +
+                                                  R"(", "file": "bytes.c", "command": "cc -c bytes.c"}])");
+    Imported const imported = import(directory_.path(), 1);
+    auto const file = imported.project().getFiles()[u"bytes.c"];
+    ASSERT_TRUE(file);
+    ASSERT_EQ(file.getComments().size(), 1U);
+    EXPECT_EQ(file.getComments()[0].getText(), std::u16string(u"/* caf") + char16_t(0xDCE9) + u" \u20ac */");
+    za::Ast again = za::io::deserializeFromUTF8String(imported.json(), za::io::IoFormat::json);
+    EXPECT_EQ(za::io::serializeToUTF8String(again, za::io::IoFormat::json), imported.json());
+}
+
+} // namespace
+} // namespace zelkor::producer::test

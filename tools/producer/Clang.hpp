@@ -1,0 +1,66 @@
+// Thin help around the C interface of the front end: ownership of its strings and handles, and visiting with
+// a callable.
+#pragma once
+
+#include <clang-c/CXCompilationDatabase.h>
+#include <clang-c/Index.h>
+
+#include <exception>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace zelkor::producer {
+
+inline std::string toText(CXString string) {
+    char const* const bytes = clang_getCString(string);
+    std::string text = bytes ? bytes : "";
+    clang_disposeString(string);
+    return text;
+}
+
+template <class Handle, void (*dispose)(Handle)>
+struct ClangDeleter {
+    using pointer = Handle;
+    void operator()(Handle handle) const { dispose(handle); }
+};
+
+using ClangIndex = std::unique_ptr<void, ClangDeleter<CXIndex, clang_disposeIndex>>;
+using ClangUnit =
+    std::unique_ptr<CXTranslationUnit, ClangDeleter<CXTranslationUnit, clang_disposeTranslationUnit>>;
+using ClangDatabase =
+    std::unique_ptr<void, ClangDeleter<CXCompilationDatabase, clang_CompilationDatabase_dispose>>;
+using ClangCommands = std::unique_ptr<void, ClangDeleter<CXCompileCommands, clang_CompileCommands_dispose>>;
+using ClangDiagnostic = std::unique_ptr<void, ClangDeleter<CXDiagnostic, clang_disposeDiagnostic>>;
+
+struct CursorHash {
+    std::size_t operator()(CXCursor const& cursor) const { return clang_hashCursor(cursor); }
+};
+struct CursorEqual {
+    bool operator()(CXCursor const& a, CXCursor const& b) const { return clang_equalCursors(a, b) != 0; }
+};
+
+// Calls `visit(cursor)` for each child; it answers a CXChildVisitResult. An exception must not cross the
+// front end's own frames, which are compiled without them, so it is carried around.
+template <class Visit>
+void visitChildren(CXCursor parent, Visit&& visit) {
+    struct State {
+        Visit& visit;
+        std::exception_ptr failure;
+    } state{visit, nullptr};
+    clang_visitChildren(
+        parent,
+        [](CXCursor cursor, CXCursor, CXClientData data) {
+            auto& state = *static_cast<State*>(data);
+            try {
+                return state.visit(cursor);
+            } catch (...) {
+                state.failure = std::current_exception();
+                return CXChildVisit_Break;
+            }
+        },
+        &state);
+    if (state.failure) std::rethrow_exception(state.failure);
+}
+
+} // namespace zelkor::producer

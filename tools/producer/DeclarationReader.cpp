@@ -1,0 +1,434 @@
+#include "DeclarationReader.hpp"
+
+#include "Merge.hpp"
+
+#include <boost/uuid/uuid_io.hpp>
+
+#include <algorithm>
+
+namespace zelkor::producer {
+
+namespace {
+
+struct CursorRow {
+    CXCursorKind cursor;
+    EntityKind kind;
+    char const* family;
+};
+
+constexpr CursorRow cursorRows[] = {
+    {CXCursor_Namespace, EntityKind::Namespace, "namespace"},
+    {CXCursor_NamespaceAlias, EntityKind::Namespace, "namespace"},
+    {CXCursor_FunctionDecl, EntityKind::Function, "function"},
+    {CXCursor_CXXMethod, EntityKind::Method, "function"},
+    {CXCursor_Constructor, EntityKind::Method, "function"},
+    {CXCursor_Destructor, EntityKind::Method, "function"},
+    {CXCursor_ConversionFunction, EntityKind::Method, "function"},
+    {CXCursor_VarDecl, EntityKind::Variable, "variable"},
+    {CXCursor_FieldDecl, EntityKind::Member, "variable"},
+    {CXCursor_StructDecl, EntityKind::Struct, "aggregate"},
+    {CXCursor_ClassDecl, EntityKind::Class, "aggregate"},
+    {CXCursor_UnionDecl, EntityKind::Union, "aggregate"},
+    {CXCursor_EnumDecl, EntityKind::Enum, "enumeration"},
+    {CXCursor_TypedefDecl, EntityKind::Typedef, "typedef"},
+    {CXCursor_TypeAliasDecl, EntityKind::Typedef, "typedef"},
+    {CXCursor_FunctionTemplate, EntityKind::Template, "template"},
+    {CXCursor_ClassTemplate, EntityKind::Template, "template"},
+    {CXCursor_ClassTemplatePartialSpecialization, EntityKind::Template, "template"},
+    {CXCursor_TypeAliasTemplateDecl, EntityKind::Template, "template"},
+    {CXCursor_UnexposedDecl, EntityKind::Template, "template"}, // a variable template, see declareUnexposed
+};
+
+CursorRow const* rowOf(CXCursorKind kind) {
+    auto const row = std::find_if(std::begin(cursorRows), std::end(cursorRows),
+                                  [kind](CursorRow const& candidate) { return candidate.cursor == kind; });
+    return row == std::end(cursorRows) ? nullptr : row;
+}
+
+bool isUnion(CXCursor cursor) {
+    return clang_getCursorKind(cursor) == CXCursor_UnionDecl ||
+           (isTemplateCursor(clang_getCursorKind(cursor)) && patternKind(cursor) == CXCursor_UnionDecl);
+}
+
+} // namespace
+
+bool isTemplateCursor(CXCursorKind kind) {
+    return kind == CXCursor_ClassTemplate || kind == CXCursor_FunctionTemplate ||
+           kind == CXCursor_ClassTemplatePartialSpecialization || kind == CXCursor_TypeAliasTemplateDecl;
+}
+
+bool isRecordCursor(CXCursorKind kind) {
+    return kind == CXCursor_StructDecl || kind == CXCursor_ClassDecl || kind == CXCursor_UnionDecl;
+}
+
+bool isFunctionCursor(CXCursorKind kind) {
+    return kind == CXCursor_FunctionDecl || kind == CXCursor_CXXMethod || kind == CXCursor_Constructor ||
+           kind == CXCursor_Destructor || kind == CXCursor_ConversionFunction;
+}
+
+CXCursorKind patternKind(CXCursor templateCursor) {
+    CXCursorKind const kind = clang_getCursorKind(templateCursor);
+    return kind == CXCursor_TypeAliasTemplateDecl ? CXCursor_TypeAliasDecl
+                                                  : clang_getTemplateCursorKind(templateCursor);
+}
+
+CXCursor scopeOf(CXCursor cursor) {
+    CXCursor scope = clang_getCursorSemanticParent(cursor);
+    while (clang_getCursorKind(scope) == CXCursor_LinkageSpec ||
+           clang_getCursorKind(scope) == CXCursor_EnumDecl) {
+        scope = clang_getCursorSemanticParent(scope);
+    }
+    return scope;
+}
+
+bool isInRecord(CXCursor cursor) {
+    CXCursor const scope = scopeOf(cursor);
+    CXCursorKind const kind = clang_getCursorKind(scope);
+    return isRecordCursor(kind) || (isTemplateCursor(kind) && isRecordCursor(patternKind(scope)));
+}
+
+bool isLambda(CXCursor cursor) {
+    return clang_getCursorKind(cursor) == CXCursor_ClassDecl &&
+           toText(clang_getCursorSpelling(cursor)).starts_with("(lambda at ");
+}
+
+std::string nameOf(CXCursor cursor) {
+    std::string name = toText(clang_getCursorSpelling(cursor));
+    CXCursorKind kind = clang_getCursorKind(cursor);
+    if (isTemplateCursor(kind)) kind = patternKind(cursor);
+    // The front end makes names for what has none, with the place in them.
+    if (name.starts_with('(') || name.find(" at ") != std::string::npos) return {};
+    if (kind == CXCursor_Constructor || kind == CXCursor_Destructor) return name.substr(0, name.find('<'));
+    return name;
+}
+
+namespace {
+
+// Members depend on the scope too: a union holds no methods, and a static data member is a variable to the
+// front end.
+EntityKind kindIn(EntityKind kind, CXCursor cursor) {
+    if (kind != EntityKind::Method && kind != EntityKind::Variable && kind != EntityKind::Function)
+        return kind;
+    if (kind == EntityKind::Variable) return isInRecord(cursor) ? EntityKind::Member : kind;
+    if (!isInRecord(cursor) || isUnion(scopeOf(cursor))) return EntityKind::Function;
+    return EntityKind::Method;
+}
+
+} // namespace
+
+DeclarationReader::DeclarationReader(SourceIndex& sources, UnitFacts& facts)
+    : sources_(sources), facts_(facts), isCxx_(facts.language >= Language::Cxx), types_(*this, facts),
+      constants_(*this, types_) {}
+
+std::string DeclarationReader::keyOf(CXCursor cursor) {
+    CXCursor const canonical = clang_getCanonicalCursor(cursor);
+    CXSourceLocation const location = clang_getCursorLocation(canonical);
+    auto const place = [&] {
+        FileInfo const* const file = sources_.fileOf(location);
+        return file ? file->path : std::string();
+    };
+    std::string usr = toText(clang_getCursorUSR(canonical));
+    if (isLambda(canonical) || usr.empty() || usr == "c:") {
+        auto const position = sources_.position(location);
+        return place() + ':' +
+               (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
+               '|' + toText(clang_getCursorKindSpelling(clang_getCursorKind(canonical)));
+    }
+    CXCursor const scope = clang_getCursorSemanticParent(canonical);
+    // The front end gives all closures of a function one id, so what is inside them needs more than its own.
+    if (isLambda(scope)) return boost::uuids::to_string(identityOf(scope)) + '|' + usr;
+    bool const isLocalToFile = !usr.starts_with("c:@") || clang_Cursor_isAnonymous(canonical) ||
+                               clang_getCursorLinkage(canonical) == CXLinkage_Internal;
+    return isLocalToFile ? place() + '|' + usr : usr;
+}
+
+Id DeclarationReader::identityOf(CXCursor cursor) {
+    auto const known = identities_.find(cursor);
+    if (known != identities_.end()) return known->second;
+    CursorRow const* const row = rowOf(clang_getCursorKind(cursor));
+    Id const id = row ? makeId(row->family, keyOf(cursor)) : Id{};
+    identities_.emplace(cursor, id);
+    return id;
+}
+
+Id DeclarationReader::refer(CXCursor cursor) {
+    CXCursorKind const kind = clang_getCursorKind(cursor);
+    CursorRow const* const row = rowOf(kind);
+    if (!row || clang_isInvalid(kind)) return Id{};
+    return ensure(identityOf(cursor), kindIn(row->kind, cursor), cursor, false);
+}
+
+Id DeclarationReader::referPrototype(CXCursor templateCursor) {
+    CursorRow const* const row = rowOf(patternKind(templateCursor));
+    if (!row) return Id{};
+    return ensure(makeId(row->family, keyOf(templateCursor)), kindIn(row->kind, templateCursor),
+                  templateCursor, true);
+}
+
+Id DeclarationReader::ensure(Id const& id, EntityKind kind, CXCursor cursor, bool asPrototype) {
+    if (table_.contains(id)) return id;
+    Entity& placeholder = entities_.emplace_back();
+    placeholder.id = id;
+    placeholder.kind = kind;
+    // Entered first, since types and scopes lead back here.
+    table_.emplace(id, &placeholder);
+    // A stub tells most when made from the definition.
+    CXCursor const definition = clang_getCursorDefinition(cursor);
+    bool const useDefinition = !asPrototype && !sources_.inProject(cursor) &&
+                               !clang_Cursor_isNull(definition) &&
+                               clang_getCursorKind(definition) == clang_getCursorKind(cursor);
+    placeholder = describe(useDefinition ? definition : cursor, kind, asPrototype);
+    placeholder.id = id;
+    Entity& made = placeholder;
+    RecordFacts* const record = made.as<RecordFacts>();
+    if (record && made.inProject && !asPrototype) records_.push_back(cursor);
+    return id;
+}
+
+Id DeclarationReader::ownerOf(CXCursor cursor) {
+    CXCursor const scope = scopeOf(cursor);
+    CXCursorKind const kind = clang_getCursorKind(scope);
+    if (clang_isInvalid(kind) || kind == CXCursor_TranslationUnit) return Id{};
+    return isTemplateCursor(kind) ? referPrototype(scope) : refer(scope);
+}
+
+void DeclarationReader::fold(Id const& id, Entity&& seen) {
+    Entity& known = entity(id);
+    seen.id = id;
+    foldEntity(known, std::move(seen));
+}
+
+Entity& DeclarationReader::meet(Id const& id) {
+    Entity& met = entity(id);
+    if (met_.insert(id).second) order_.push_back(&met);
+    return met;
+}
+
+Entity& DeclarationReader::meet(CXCursor cursor) {
+    bool const isNew = !table_.contains(identityOf(cursor));
+    Id const id = refer(cursor);
+    if (!isNew && described_.insert(cursor).second) fold(id, describe(cursor, entity(id).kind, false));
+    return meet(id);
+}
+
+void DeclarationReader::declareChildren(CXCursor cursor) {
+    visitChildren(cursor, [this](CXCursor child) {
+        declare(child);
+        return CXChildVisit_Continue;
+    });
+}
+
+void DeclarationReader::declare(CXCursor cursor) {
+    CXCursorKind const kind = clang_getCursorKind(cursor);
+    if (!clang_isDeclaration(kind) && kind != CXCursor_FriendDecl) return;
+    if (kind != CXCursor_LinkageSpec && !sources_.inProject(cursor)) return;
+    switch (kind) {
+    case CXCursor_LinkageSpec:
+        declareChildren(cursor);
+        break;
+    case CXCursor_Namespace:
+        meet(cursor);
+        declareChildren(cursor);
+        break;
+    case CXCursor_NamespaceAlias:
+    case CXCursor_EnumDecl:
+    case CXCursor_TypedefDecl:
+    case CXCursor_TypeAliasDecl:
+        meet(cursor);
+        break;
+    case CXCursor_StructDecl:
+    case CXCursor_ClassDecl:
+    case CXCursor_UnionDecl:
+        declareRecord(cursor, meet(cursor).id);
+        break;
+    case CXCursor_FunctionDecl:
+    case CXCursor_CXXMethod:
+    case CXCursor_Constructor:
+    case CXCursor_Destructor:
+    case CXCursor_ConversionFunction:
+    case CXCursor_VarDecl:
+    case CXCursor_FieldDecl:
+        meet(cursor);
+        readBody(cursor);
+        break;
+    case CXCursor_FunctionTemplate:
+    case CXCursor_ClassTemplate:
+    case CXCursor_ClassTemplatePartialSpecialization:
+    case CXCursor_TypeAliasTemplateDecl:
+        declareTemplate(cursor);
+        break;
+    case CXCursor_UnexposedDecl:
+        declareUnexposed(cursor);
+        break;
+    default:
+        break;
+    }
+}
+
+void DeclarationReader::declareRecord(CXCursor cursor, Id const& id) {
+    // An explicit instantiation looks like a definition, but has nothing in it.
+    if (entity(id).templateOf.is_nil()) written_.insert(id);
+    visitChildren(cursor, [&](CXCursor child) {
+        CXCursorKind const kind = clang_getCursorKind(child);
+        if (kind == CXCursor_FriendDecl) {
+            declareFriend(child, id);
+            return CXChildVisit_Continue;
+        }
+        if (clang_isDeclaration(kind)) written_.insert(id);
+        declare(child);
+        return CXChildVisit_Continue;
+    });
+}
+
+void DeclarationReader::declareFriend(CXCursor cursor, Id const& record) {
+    Id function{};
+    Id type{};
+    visitChildren(cursor, [&](CXCursor child) {
+        CXCursorKind const kind = clang_getCursorKind(child);
+        if (isFunctionCursor(kind)) {
+            declare(child);
+            function = refer(child);
+            FunctionFacts* const facts = entity(function).as<FunctionFacts>();
+            if (facts && clang_isCursorDefinition(child)) facts->isDefinedInFriend = true;
+        } else if (kind == CXCursor_FunctionTemplate) {
+            declare(child);
+            function = referPrototype(child);
+        } else if (kind == CXCursor_ClassTemplate) {
+            type = referPrototype(child);
+        } else if (isRecordCursor(kind)) {
+            type = refer(child);
+        } else if (kind == CXCursor_TypeRef && function.is_nil()) {
+            type = refer(clang_getCursorReferenced(child));
+        }
+        return CXChildVisit_Continue;
+    });
+    RecordFacts* const facts = entity(record).as<RecordFacts>();
+    auto const addOnce = [](std::vector<Id>& list, Id const& id) {
+        if (!id.is_nil() && std::find(list.begin(), list.end(), id) == list.end()) list.push_back(id);
+    };
+    if (!facts) return;
+    addOnce(facts->friendFunctions, function);
+    if (function.is_nil()) addOnce(facts->friendTypes, type);
+}
+
+void DeclarationReader::declareTemplate(CXCursor cursor) {
+    meet(cursor);
+    bool const isNew = described_.insert(cursor).second;
+    Id const prototype = referPrototype(cursor);
+    if (prototype.is_nil()) return;
+    if (isNew) fold(prototype, describe(cursor, entity(prototype).kind, true));
+    meet(prototype);
+    switch (clang_getCursorKind(cursor)) {
+    case CXCursor_FunctionTemplate:
+        readBody(cursor);
+        break;
+    case CXCursor_TypeAliasTemplateDecl:
+        break;
+    default:
+        declareRecord(cursor, prototype);
+    }
+}
+
+// Variable templates have no cursor kind of their own, and neither have empty declarations and the like.
+void DeclarationReader::declareUnexposed(CXCursor cursor) {
+    if (sources_.text(clang_getCursorExtent(cursor)).starts_with("template") && !nameOf(cursor).empty())
+        meet(cursor);
+}
+
+void DeclarationReader::declareLambda(CXCursor cursor) {
+    CXCursor const closure = clang_getTypeDeclaration(clang_getCursorType(cursor));
+    if (!isRecordCursor(clang_getCursorKind(closure))) return;
+    declareRecord(closure, meet(closure).id);
+}
+
+// Expressions are visited without recursion of our own, since they may be nested without bound.
+void DeclarationReader::readBody(CXCursor cursor) {
+    visitChildren(cursor, [this](CXCursor child) {
+        CXCursorKind const kind = clang_getCursorKind(child);
+        switch (kind) {
+        case CXCursor_LambdaExpr:
+            declareLambda(child);
+            return CXChildVisit_Continue;
+        case CXCursor_VarDecl:
+            if (sources_.inProject(child)) meet(child);
+            return CXChildVisit_Recurse;
+        case CXCursor_DeclRefExpr:
+        case CXCursor_MemberRefExpr:
+        case CXCursor_CallExpr:
+        case CXCursor_TypeRef:
+        case CXCursor_TemplateRef:
+            readReference(child);
+            return CXChildVisit_Recurse;
+        case CXCursor_ParmDecl:
+        case CXCursor_TemplateTypeParameter:
+        case CXCursor_NonTypeTemplateParameter:
+        case CXCursor_TemplateTemplateParameter:
+            return CXChildVisit_Recurse;
+        default:
+            if (!clang_isDeclaration(kind)) return CXChildVisit_Recurse;
+            declare(child);
+            return CXChildVisit_Continue;
+        }
+    });
+}
+
+void DeclarationReader::readReference(CXCursor cursor) {
+    CXCursor referenced = clang_getCursorReferenced(cursor);
+    CXCursorKind const kind = clang_getCursorKind(referenced);
+    if (clang_isInvalid(kind)) return;
+    if (kind == CXCursor_EnumConstantDecl) referenced = clang_getCursorSemanticParent(referenced);
+    // Locals and parameters are read where they stand.
+    if (kind == CXCursor_VarDecl && clang_getCursorLinkage(referenced) == CXLinkage_NoLinkage) return;
+    if (rowOf(clang_getCursorKind(referenced)) && clang_getCursorKind(referenced) != CXCursor_UnexposedDecl) {
+        refer(referenced);
+    }
+}
+
+void DeclarationReader::finish() {
+    // Reading fields may refer to further aggregates.
+    for (std::size_t i = 0; i < records_.size(); ++i) {
+        if (!written_.contains(identityOf(records_[i]))) readInstantiation(records_[i]);
+    }
+    for (Entity& made : entities_)
+        meet(made.id);
+    for (Entity* const next : order_)
+        listInOwner(*next);
+    for (Entity* const next : order_) {
+        if (FunctionFacts* const function = next->as<FunctionFacts>()) {
+            // Only the positions of stubs are wanted, not what stands between their braces.
+            if (!next->inProject) function->body.reset();
+        }
+        facts_.entities.push_back(std::move(*next));
+    }
+}
+
+void DeclarationReader::readInstantiation(CXCursor cursor) {
+    entity(identityOf(cursor)).as<RecordFacts>()->isInstantiated = true;
+    std::vector<CXCursor> fields;
+    clang_Type_visitFields(
+        clang_getCursorType(cursor),
+        [](CXCursor field, CXClientData data) {
+            static_cast<std::vector<CXCursor>*>(data)->push_back(field);
+            return CXVisit_Continue;
+        },
+        &fields);
+    for (CXCursor const& field : fields)
+        refer(field);
+}
+
+void DeclarationReader::listInOwner(Entity const& part) {
+    auto const found = table_.find(part.owner);
+    if (found == table_.end()) return;
+    FunctionFacts const* const method = part.as<FunctionFacts>();
+    bool const isMember = part.kind == EntityKind::Member || part.kind == EntityKind::Method;
+    if (RecordFacts* const record = found->second->as<RecordFacts>()) {
+        // What depends on the calls of a unit does not belong to the definition.
+        bool const isMade =
+            (method && method->isCompilerGenerated) || (!part.templateOf.is_nil() && !part.isPrototype);
+        if (isMember && !isMade) record->contents.push_back(part.id);
+    } else if (FunctionFacts* const function = found->second->as<FunctionFacts>()) {
+        function->contents.push_back(part.id);
+    }
+}
+
+} // namespace zelkor::producer

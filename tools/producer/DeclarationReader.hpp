@@ -1,0 +1,122 @@
+// Declarations of one unit as entities: all of project files, and of other files those that something refers
+// to.
+#pragma once
+
+#include "ConstantReader.hpp"
+#include "SourceIndex.hpp"
+#include "TypeReader.hpp"
+
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace zelkor::producer {
+
+class DeclarationReader {
+  public:
+    DeclarationReader(SourceIndex& sources, UnitFacts& facts);
+
+    // Reads a declaration of a project file with all that it contains.
+    void declare(CXCursor cursor);
+    // Identity of a declaration; makes an entity of it that stays a stub unless `declare` meets it.
+    // Nil for what has no class in the model.
+    Id refer(CXCursor cursor);
+    // Identity of the pattern that stands beside a template.
+    Id referPrototype(CXCursor templateCursor);
+    // An aggregate or alias of a template with arguments that depend on parameters around `context`.
+    Id referDependent(CXCursor templateCursor, CXType type, CXCursor context);
+    // Identity of a template's own parameter; nil when the front end does not show it.
+    Id referParameter(CXCursor templateCursor, unsigned index);
+    // Fields of implicit instantiations, and the final order; call once.
+    void finish();
+
+    SourceIndex& sources() { return sources_; }
+    bool isCxx() const { return isCxx_; }
+
+  private:
+    Entity& entity(Id const& id) { return *table_.at(id); }
+    Id identityOf(CXCursor cursor);
+    std::string keyOf(CXCursor cursor);
+    Id ownerOf(CXCursor cursor);
+    Id ensure(Id const& id, EntityKind kind, CXCursor cursor, bool asPrototype);
+    Entity& meet(CXCursor cursor);
+    Entity& meet(Id const& id);
+    void fold(Id const& id, Entity&& seen);
+
+    // What one cursor tells about an entity, without what the entity contains.
+    Entity describe(CXCursor cursor, EntityKind kind, bool asPrototype);
+    void describeCommon(Entity& entity, CXCursor cursor);
+    void describePlace(Entity& entity, CXCursor cursor);
+    void describeNamespace(Entity& entity, CXCursor cursor);
+    void describeFunction(Entity& entity, CXCursor cursor);
+    void describeVariable(Entity& entity, CXCursor cursor);
+    void describeRecord(Entity& entity, CXCursor cursor);
+    void describeEnum(Entity& entity, CXCursor cursor);
+    void describeTypedef(Entity& entity, CXCursor cursor);
+    void describeTemplate(Entity& entity, CXCursor cursor);
+    void describeSpecialisation(Entity& entity, CXCursor cursor);
+    void describePrototype(Entity& entity, CXCursor cursor);
+    void describeStorage(Entity& entity, CXCursor cursor);
+    std::vector<CXCursor> parameterCursors(CXCursor cursor);
+    ParameterFact describeParameter(CXCursor cursor, CXCursor function, bool& isOptional);
+    std::optional<ConstantFact> fieldInitialiser(CXCursor cursor);
+    Linkage linkageOf(CXCursor cursor);
+    std::vector<TemplateArgumentFact> argumentsOf(CXCursor cursor);
+    std::vector<TemplateArgumentFact> argumentsOfType(CXType type, CXCursor cursor, CXCursor context);
+    std::vector<TemplateArgumentFact> argumentsOfFunction(CXCursor cursor);
+    TemplateArgumentFact valueArgument(CXCursor cursor, unsigned index, unsigned parameter);
+    std::vector<TemplateParameterFact> parametersOf(CXCursor templateCursor, Id const& templateId);
+
+    void declareChildren(CXCursor cursor);
+    void declareRecord(CXCursor cursor, Id const& id);
+    void declareFriend(CXCursor cursor, Id const& record);
+    void declareTemplate(CXCursor cursor);
+    void declareLambda(CXCursor cursor);
+    void declareUnexposed(CXCursor cursor);
+    void readBody(CXCursor cursor);
+    void readReference(CXCursor cursor);
+    void readInstantiation(CXCursor cursor);
+    void listInOwner(Entity const& part);
+
+    SourceIndex& sources_;
+    UnitFacts& facts_;
+    bool isCxx_;
+    TypeReader types_;
+    ConstantReader constants_;
+    std::deque<Entity> entities_;
+    std::unordered_map<Id, Entity*, IdHash> table_;
+    std::unordered_map<CXCursor, Id, CursorHash, CursorEqual> identities_;
+    std::unordered_set<CXCursor, CursorHash, CursorEqual> described_;
+    std::unordered_set<Id, IdHash> met_;
+    std::vector<Entity*> order_;
+    std::vector<CXCursor> records_;
+    std::unordered_set<Id, IdHash> written_; // aggregates whose contents stand in the source
+    std::unordered_map<Id, std::vector<TemplateParameterFact>, IdHash> parameters_;
+};
+
+// What a cursor is called in the model: nothing for lambdas and unnamed aggregates.
+std::string nameOf(CXCursor cursor);
+
+bool isLambda(CXCursor cursor);
+bool isTemplateCursor(CXCursorKind kind);
+bool isRecordCursor(CXCursorKind kind);
+bool isFunctionCursor(CXCursorKind kind);
+
+// The kind of cursor that a template's pattern would have.
+CXCursorKind patternKind(CXCursor templateCursor);
+
+// The declaration around a declaration; blocks of linkage do not count.
+CXCursor scopeOf(CXCursor cursor);
+
+// Whether a declaration stands in an aggregate or in a template of one.
+bool isInRecord(CXCursor cursor);
+
+// Whether text of a parameter or field has an initialiser: an `=` outside all brackets and no part of an
+// operator.
+bool hasTopLevelAssignment(std::string_view text);
+
+// Whether text of a template parameter declares a pack.
+bool declaresPack(std::string_view text);
+
+} // namespace zelkor::producer

@@ -1,0 +1,25 @@
+// Identities that depend on nothing but the content they name.
+#pragma once
+
+#include <boost/functional/hash.hpp>
+#include <boost/uuid/uuid.hpp>
+#include <boost/uuid/uuid_hash.hpp>
+
+#include <cstddef>
+#include <string_view>
+
+namespace zelkor::producer {
+
+using Id = boost::uuids::uuid;
+
+struct IdHash {
+    std::size_t operator()(Id const& id) const noexcept { return boost::uuids::hash_value(id); }
+};
+
+// Version 5 UUID of a key within a family; equal arguments give equal identities in every process.
+Id makeId(std::string_view family, std::string_view key);
+
+// Identity of a part that has no key but its place in its owner.
+Id makeId(Id const& owner, std::string_view role, std::size_t ordinal = 0);
+
+} // namespace zelkor::producer

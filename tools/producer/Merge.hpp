@@ -1,0 +1,78 @@
+// The merge rule: many declarations, in one unit or in many, become one entity.
+#pragma once
+
+#include "Facts.hpp"
+
+#include <map>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace zelkor::producer {
+
+// Folds another sight of the same entity into `known`. The first definition wins. Answers how a second
+// definition differs, or nothing.
+std::string foldEntity(Entity& known, Entity&& seen);
+
+struct Variant {
+    std::string name;
+    Position kept;
+    Position dropped;
+    std::string reason;
+};
+
+struct MergedUnit {
+    std::string file;
+    Language language = Language::C;
+    std::vector<Id> files;
+    std::vector<MacroFact> macros;
+};
+
+struct MergedEntity {
+    Entity facts;
+    std::size_t unit = 0;  // that contains it, when it has no owner
+    std::size_t place = 0; // in the order of emission
+};
+
+// Facts of all units so far. Units must come in the order of the compile database.
+class ProjectFacts {
+  public:
+    void add(UnitFacts&& unit);
+
+    std::vector<MergedUnit> const& units() const { return units_; }
+    std::deque<FileFact> const& files() const { return files_; }
+    TargetFacts const& target() const { return target_; }
+    std::vector<Variant> const& variants() const { return variants_; }
+    // In the order of emission: by containing unit, then as in its source. Gives away the entities.
+    std::vector<MergedEntity*> entities();
+    struct MergedType {
+        TypeFact facts;
+        std::size_t unit = 0;
+    };
+    std::deque<MergedType> const& types() const { return types_; }
+    FileFact const* file(Id const& id) const;
+    bool hasMixedTargets() const { return hasMixedTargets_; }
+
+  private:
+    void addFile(FileFact&& file);
+    void addMacro(MacroFact&& macro, std::size_t unit);
+    void addEntity(Entity&& entity, std::size_t unit);
+    bool isDropped(Entity const& entity);
+
+    std::vector<MergedUnit> units_;
+    TargetFacts target_;
+    bool hasMixedTargets_ = false;
+    std::deque<FileFact> files_;
+    std::unordered_map<Id, FileFact*, IdHash> fileTable_;
+    std::unordered_map<Id, std::pair<std::size_t, std::size_t>, IdHash> macroTable_;
+    std::deque<MergedEntity> entities_;
+    std::vector<MergedEntity*> order_;
+    std::unordered_map<Id, MergedEntity*, IdHash> entityTable_;
+    std::unordered_set<Id, IdHash>
+        losers_; // entities of the present unit that are in the project in another form, or not
+    std::deque<MergedType> types_;
+    std::unordered_set<Id, IdHash> typeTable_;
+    std::vector<Variant> variants_;
+};
+
+} // namespace zelkor::producer

@@ -1,0 +1,284 @@
+#include "PreprocessorReader.hpp"
+
+#include "Target.hpp"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+namespace zelkor::producer {
+
+namespace {
+
+class Tokens {
+  public:
+    Tokens(CXTranslationUnit unit, CXSourceRange extent) : unit_(unit) {
+        clang_tokenize(unit, extent, &tokens_, &count_);
+    }
+    ~Tokens() { clang_disposeTokens(unit_, tokens_, count_); }
+    Tokens(Tokens const&) = delete;
+    Tokens& operator=(Tokens const&) = delete;
+
+    unsigned size() const { return count_; }
+    CXTokenKind kind(unsigned i) const { return clang_getTokenKind(tokens_[i]); }
+    std::string text(unsigned i) const { return toText(clang_getTokenSpelling(unit_, tokens_[i])); }
+    CXSourceRange extent(unsigned i) const { return clang_getTokenExtent(unit_, tokens_[i]); }
+    CXSourceLocation start(unsigned i) const { return clang_getTokenLocation(unit_, tokens_[i]); }
+
+  private:
+    CXTranslationUnit unit_;
+    CXToken* tokens_ = nullptr;
+    unsigned count_ = 0;
+};
+
+unsigned offsetOf(CXSourceLocation location) {
+    unsigned offset = 0;
+    clang_getSpellingLocation(location, nullptr, nullptr, nullptr, &offset);
+    return offset;
+}
+
+unsigned lineOf(CXSourceLocation location) {
+    unsigned line = 0;
+    clang_getFileLocation(location, nullptr, &line, nullptr, nullptr);
+    return line;
+}
+
+// Names in `-D NAME=VALUE` or `-U NAME`, with or without the blank.
+std::set<std::string> namesOfOption(std::vector<std::string> const& arguments, std::string const& option) {
+    std::set<std::string> names;
+    for (std::size_t i = 1; i < arguments.size(); ++i) {
+        if (!arguments[i].starts_with(option)) continue;
+        std::string name = arguments[i].substr(option.size());
+        if (name.empty() && i + 1 < arguments.size()) name = arguments[++i];
+        names.insert(name.substr(0, name.find_first_of("=(")));
+    }
+    return names;
+}
+
+std::set<unsigned> skippedLines(CXTranslationUnit unit, CXFile file) {
+    std::set<unsigned> lines;
+    CXSourceRangeList* const list = clang_getSkippedRanges(unit, file);
+    for (unsigned i = 0; list && i < list->count; ++i) {
+        unsigned const last = lineOf(clang_getRangeEnd(list->ranges[i]));
+        for (unsigned line = lineOf(clang_getRangeStart(list->ranges[i])); line < last; ++line)
+            lines.insert(line);
+    }
+    clang_disposeSourceRangeList(list);
+    return lines;
+}
+
+} // namespace
+
+PreprocessorReader::PreprocessorReader(SourceIndex& sources, UnitFacts& facts)
+    : sources_(sources), facts_(facts) {}
+
+FileFact& PreprocessorReader::fileFact(CXFile file) {
+    auto const [entry, isNew] = fileIndex_.try_emplace(file, facts_.files.size());
+    if (!isNew) return facts_.files[entry->second];
+    FileInfo const& info = sources_.file(file);
+    // The front end may hold one file under several handles, as when two names lead to it.
+    auto const [same, isNewFile] = fileById_.try_emplace(info.id, facts_.files.size());
+    if (!isNewFile) {
+        entry->second = same->second;
+        return facts_.files[same->second];
+    }
+    FileFact fact;
+    fact.id = info.id;
+    fact.path = info.path;
+    fact.inProject = info.inProject;
+    fact.isFromSystemDirectory = info.isSystem;
+    facts_.files.push_back(std::move(fact));
+    handles_.push_back(file);
+    return facts_.files.back();
+}
+
+void PreprocessorReader::readFiles() {
+    struct Inclusion {
+        CXFile file;
+        bool isMain;
+    };
+    std::vector<Inclusion> inclusions;
+    clang_getInclusions(
+        sources_.unit(),
+        [](CXFile file, CXSourceLocation*, unsigned depth, CXClientData data) {
+            static_cast<std::vector<Inclusion>*>(data)->push_back({file, depth == 0});
+        },
+        &inclusions);
+    std::stable_sort(inclusions.begin(), inclusions.end(),
+                     [](Inclusion const& a, Inclusion const& b) { return a.isMain && !b.isMain; });
+    for (Inclusion const& inclusion : inclusions) {
+        FileFact& fact = fileFact(inclusion.file);
+        fact.isTopLevel |= inclusion.isMain;
+        fact.isInclude |= !inclusion.isMain;
+    }
+}
+
+void PreprocessorReader::read(CXCursor cursor) {
+    switch (clang_getCursorKind(cursor)) {
+    case CXCursor_MacroDefinition:
+        readDefinition(cursor);
+        break;
+    case CXCursor_MacroExpansion:
+        readExpansion(cursor);
+        break;
+    case CXCursor_InclusionDirective:
+        readInclude(cursor);
+        break;
+    default:
+        break;
+    }
+}
+
+void PreprocessorReader::readDefinition(CXCursor cursor) {
+    PendingMacro macro;
+    macro.cursor = cursor;
+    CXSourceLocation const location = clang_getCursorLocation(cursor);
+    macro.position = sources_.position(location);
+    if (macro.position) {
+        FileInfo const* const file = sources_.fileOf(location);
+        macro.isKept = file && file->inProject;
+    } else {
+        CXString place;
+        clang_getPresumedLocation(location, &place, nullptr, nullptr);
+        macro.isCommandLine = toText(place) == "<command line>";
+        macro.isKept = true;
+    }
+    macroIndex_.emplace(cursor, macros_.size());
+    macros_.push_back(macro);
+}
+
+void PreprocessorReader::readExpansion(CXCursor cursor) {
+    if (!sources_.inProject(cursor)) return;
+    CXCursor const definition = clang_getCursorReferenced(cursor);
+    auto const found = macroIndex_.find(definition);
+    if (found != macroIndex_.end()) {
+        macros_[found->second].isKept = true;
+        macros_[found->second].isReferenced = true;
+        return;
+    }
+    // __LINE__ and its like have no definition anywhere.
+    std::string const name = toText(clang_getCursorSpelling(cursor));
+    MacroFact& builtin = builtins_[name];
+    builtin.name = name;
+    builtin.isPredefined = true;
+    builtin.isReferenced = true;
+}
+
+void PreprocessorReader::readInclude(CXCursor cursor) {
+    CXFile const target = clang_getIncludedFile(cursor);
+    if (!target) return;
+    std::size_t const targetIndex = static_cast<std::size_t>(&fileFact(target) - facts_.files.data());
+    std::string const writtenName = toText(clang_getCursorSpelling(cursor));
+    CXFile source = nullptr;
+    unsigned line = 0;
+    clang_getFileLocation(clang_getCursorLocation(cursor), &source, &line, nullptr, nullptr);
+    if (!source) {
+        facts_.files[targetIndex].isPreinclude = true;
+    } else {
+        std::string_view const directive = sources_.text(clang_getCursorExtent(cursor));
+        std::size_t const bracket = directive.find_first_of("<\"");
+        facts_.files[targetIndex].isSystemSyntax |=
+            bracket != std::string_view::npos && directive[bracket] == '<';
+        fileFact(source).includes.push_back({facts_.files[targetIndex].id, writtenName, line});
+    }
+    FileFact& included = facts_.files[targetIndex];
+    included.isInclude = true;
+    if (included.writtenName.empty()) included.writtenName = writtenName;
+}
+
+void PreprocessorReader::finish(std::vector<std::string> const& arguments) {
+    for (std::size_t i = 0; i < handles_.size(); ++i) {
+        if (facts_.files[i].inProject) readTokens(handles_[i], facts_.files[i]);
+    }
+    finishMacros(arguments);
+    readTarget();
+}
+
+// The record of the preprocessor has no undefinitions and comments belong to no cursor, so that the tokens
+// are read again.
+void PreprocessorReader::readTokens(CXFile file, FileFact& fact) {
+    CXTranslationUnit const unit = sources_.unit();
+    std::size_t const size = sources_.contents(file).size();
+    if (size == 0) return;
+    CXSourceRange const all =
+        clang_getRange(clang_getLocationForOffset(unit, file, 0),
+                       clang_getLocationForOffset(unit, file, static_cast<unsigned>(size)));
+    Tokens const tokens(unit, all);
+    std::set<unsigned> const skipped = skippedLines(unit, file);
+    for (unsigned i = 0; i < tokens.size(); ++i) {
+        if (tokens.kind(i) == CXToken_Comment) {
+            if (auto const range = sources_.range(tokens.extent(i))) {
+                fact.comments.push_back({*range, std::string(sources_.text(tokens.extent(i)))});
+            }
+            continue;
+        }
+        if (tokens.kind(i) != CXToken_Identifier || i < 1 || i + 1 >= tokens.size()) continue;
+        if (tokens.text(i) != "undef" || tokens.text(i - 1) != "#") continue;
+        if (!skipped.contains(lineOf(tokens.start(i)))) {
+            addUndefinition(tokens.text(i + 1), sources_.position(tokens.start(i + 1)), false);
+        }
+    }
+}
+
+void PreprocessorReader::addUndefinition(std::string const& name, std::optional<Position> position,
+                                         bool isCommandLine) {
+    MacroFact macro;
+    macro.name = name;
+    macro.position = position;
+    macro.isUndef = true;
+    macro.isCommandLine = isCommandLine;
+    macro.id = position ? makeId(makeId(position->file, "undef", position->line), name, position->column)
+                        : makeId("undef", name);
+    facts_.macros.push_back(std::move(macro));
+}
+
+std::string PreprocessorReader::replacementText(CXCursor definition) {
+    Tokens const tokens(sources_.unit(), clang_getCursorExtent(definition));
+    std::string text;
+    unsigned previousEnd = 0;
+    for (unsigned i = 1; i < tokens.size(); ++i) {
+        if (tokens.kind(i) == CXToken_Comment) continue;
+        CXSourceRange const extent = tokens.extent(i);
+        unsigned const start = offsetOf(clang_getRangeStart(extent));
+        if (!text.empty() && start != previousEnd) text += ' ';
+        text += tokens.text(i);
+        previousEnd = offsetOf(clang_getRangeEnd(extent));
+    }
+    return text;
+}
+
+void PreprocessorReader::finishMacros(std::vector<std::string> const& arguments) {
+    std::set<std::string> const defined = namesOfOption(arguments, "-D");
+    std::vector<MacroFact> definitions;
+    for (PendingMacro const& pending : macros_) {
+        if (!pending.isKept) continue;
+        MacroFact macro;
+        macro.name = toText(clang_getCursorSpelling(pending.cursor));
+        macro.text = replacementText(pending.cursor);
+        macro.position = pending.position;
+        macro.isReferenced = pending.isReferenced;
+        // The front end adds names of its own to the command line.
+        macro.isCommandLine = pending.isCommandLine && defined.contains(macro.name);
+        macro.isPredefined = !pending.position && !macro.isCommandLine;
+        if (!pending.position) predefined_[macro.name] = macro.text;
+        macro.id = macro.position ? makeId(makeId(macro.position->file, "macro", macro.position->line),
+                                           macro.name, macro.position->column)
+                                  : makeId("macro", macro.name + ' ' + macro.text);
+        definitions.push_back(std::move(macro));
+    }
+    for (auto& [name, macro] : builtins_) {
+        macro.id = makeId("macro", name);
+        definitions.push_back(macro);
+    }
+    for (std::string const& name : namesOfOption(arguments, "-U"))
+        addUndefinition(name, std::nullopt, true);
+    facts_.macros.insert(facts_.macros.begin(), std::make_move_iterator(definitions.begin()),
+                         std::make_move_iterator(definitions.end()));
+}
+
+void PreprocessorReader::readTarget() {
+    facts_.target = targetOf(predefined_);
+    facts_.language = languageOf(predefined_);
+}
+
+} // namespace zelkor::producer

@@ -1,0 +1,54 @@
+// What the preprocessor knows of a unit: files and the include graph, macros, comments, and by the predefined
+// macros the target and the language.
+#pragma once
+
+#include "SourceIndex.hpp"
+
+#include <map>
+#include <unordered_map>
+#include <vector>
+
+namespace zelkor::producer {
+
+class PreprocessorReader {
+  public:
+    PreprocessorReader(SourceIndex& sources, UnitFacts& facts);
+
+    // Files in the order in which the unit reached them; call before `read`.
+    void readFiles();
+    // Takes one cursor of the preprocessing record.
+    void read(CXCursor cursor);
+    // Comments and undefinitions of project files, macros of the command line; call after all cursors.
+    void finish(std::vector<std::string> const& arguments);
+
+  private:
+    struct PendingMacro {
+        CXCursor cursor;
+        std::optional<Position> position;
+        bool isKept = false;
+        bool isReferenced = false;
+        bool isCommandLine = false;
+    };
+
+    FileFact& fileFact(CXFile file);
+    void readDefinition(CXCursor cursor);
+    void readExpansion(CXCursor cursor);
+    void readInclude(CXCursor cursor);
+    void readTokens(CXFile file, FileFact& fact);
+    void addUndefinition(std::string const& name, std::optional<Position> position, bool isCommandLine);
+    std::string replacementText(CXCursor definition);
+    void finishMacros(std::vector<std::string> const& arguments);
+    void readTarget();
+
+    SourceIndex& sources_;
+    UnitFacts& facts_;
+    std::unordered_map<CXFile, std::size_t> fileIndex_;
+    std::unordered_map<Id, std::size_t, IdHash> fileById_;
+    std::vector<CXFile> handles_;
+    std::vector<PendingMacro> macros_;
+    std::unordered_map<CXCursor, std::size_t, CursorHash, CursorEqual> macroIndex_;
+    std::map<std::string, std::string> predefined_;
+    std::map<std::string, MacroFact> builtins_;
+};
+
+} // namespace zelkor::producer

@@ -1,0 +1,85 @@
+// Fills a model from a compile database. The one public header of the producer.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace zelkor::ast {
+class Ast;
+}
+
+namespace zelkor::producer {
+
+// Input that makes an import impossible; `what()` names the file and what to do about it.
+class ImportError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+struct ImportProgress {
+    std::size_t unitsDone = 0;
+    std::size_t unitsTotal = 0;
+    std::string file; // main file of the unit that was merged last
+};
+
+struct ImportOptions {
+    std::string database;                    // build directory, or the compile database itself
+    std::string root;                        // project root; empty: the common directory of the main files
+    std::string resourceDirectory;           // of the front end; empty: the one found when this was built
+    std::vector<std::string> extraArguments; // added to each command
+    unsigned jobs = 0;                       // threads that parse; 0: one per processor
+    std::atomic<bool> const* cancelled = nullptr;        // read between units; may be set by a signal handler
+    std::function<void(ImportProgress const&)> progress; // called on the importing thread, after each unit
+};
+
+enum class UnitState { Complete, Incomplete, Failed };
+
+struct UnitReport {
+    std::string file;
+    UnitState state = UnitState::Complete;
+    std::string reason; // first error of an incomplete unit, or why there is nothing of a failed one
+};
+
+enum class DiagnosticSeverity { Note, Warning, Error, Fatal };
+
+struct ImportDiagnostic {
+    std::string file; // empty for what concerns the command
+    unsigned line = 0;
+    unsigned column = 0;
+    DiagnosticSeverity severity = DiagnosticSeverity::Error;
+    std::string text;
+};
+
+struct VariantReport {
+    std::string name;
+    std::string kept;    // file:line:column of the definition in the model
+    std::string dropped; // of the one that differs
+    std::string reason;
+};
+
+struct ImportResult {
+    std::string root;
+    std::vector<UnitReport> units; // in the order of the database
+    std::vector<ImportDiagnostic> diagnostics;
+    std::map<std::string, std::size_t> rejectedOptions; // compiler option, units whose command has it
+    std::map<std::string, std::size_t> created;         // class in short form, elements of it
+    std::vector<VariantReport> variants;
+    bool isCancelled = false;
+
+    std::size_t countUnits(UnitState state) const;
+};
+
+// Reads all units of the database and fills the model of `ast`, which must be empty, in one transaction.
+// The project becomes the one top-level element.
+// Units that cannot be read are reported and do not stop the others. When cancelled, or when anything is
+// thrown, the model is as before. Throws ImportError for an unusable database or front end. Time is linear in
+// the sources that the front end reads; memory holds the facts of all units, and the parsed form of at most
+// `jobs` units.
+ImportResult importProject(zelkor::ast::Ast& ast, ImportOptions const& options);
+
+} // namespace zelkor::producer

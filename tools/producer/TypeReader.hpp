@@ -1,0 +1,55 @@
+// Types built from their structure, never from the front end's text; only dependent types come as text and
+// nothing else.
+#pragma once
+
+#include "Clang.hpp"
+#include "Facts.hpp"
+
+#include <map>
+#include <unordered_set>
+#include <utility>
+
+namespace zelkor::producer {
+
+class DeclarationReader;
+
+class TypeReader {
+  public:
+    TypeReader(DeclarationReader& declarations, UnitFacts& facts);
+
+    // Identity of a type; `context` is the declaration in which it is written and gives dependent types their
+    // parameters. Nil for no type.
+    Id read(CXType type, CXCursor context);
+    // The type of a constructor or destructor, to which the front end gives a result that the language does
+    // not.
+    Id readWithoutResult(CXType type, CXCursor context);
+    // The type of a pack's elements, as `T&&` for `T&&... t`.
+    Id readPackPattern(CXType type, CXCursor context);
+
+  private:
+    Id build(CXType type, CXCursor context);
+    Id buildUnqualified(CXType type, CXCursor context);
+    Id buildDerived(CXType type, CXCursor context);
+    Id buildArray(CXType type, CXCursor context);
+    Id buildFunction(CXType type, CXCursor context, bool hasResult);
+    Id buildUnexposed(CXType type, CXCursor context);
+    Id buildOperator(CXType type, CXCursor context, std::string const& text);
+    Id buildAttribute(Id base, std::string attribute);
+    Id buildScalar(CXType type);
+    Id buildDerivedFrom(TypeKind kind, Id base);
+    Id buildQualified(Id base, bool isConst, bool isVolatile, bool isRestrict);
+    Id buildPattern(std::string_view text, CXCursor context);
+    Id opaque(std::string const& text, CXCursor context, bool isDependent);
+    Id parameter(std::string const& canonicalText, CXCursor context);
+    Id add(TypeFact&& fact, std::string const& key);
+
+    DeclarationReader& declarations_;
+    UnitFacts& facts_;
+    std::unordered_set<Id, IdHash> known_;
+    std::map<std::pair<int, void const*>, Id> memo_;
+    // Counts what depends on the context, so that only the rest is remembered by the front end's own address.
+    std::size_t contextUses_ = 0;
+    unsigned depth_ = 0;
+};
+
+} // namespace zelkor::producer

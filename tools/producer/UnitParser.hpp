@@ -1,0 +1,26 @@
+// One translation unit from its command to facts.
+#pragma once
+
+#include "CompileDatabase.hpp"
+#include "Facts.hpp"
+#include "SourceIndex.hpp"
+
+#include <string>
+#include <vector>
+
+namespace zelkor::producer {
+
+struct ParserSettings {
+    std::string resourceDirectory;
+    std::vector<std::string> extraArguments;
+};
+
+// Where the front end's own headers are: the given directory, or the one found when this was built.
+// Throws ImportError, with the package to install, when they are not there.
+std::string findResourceDirectory(std::string const& given);
+
+// Parses with an index of its own, so that calls from different threads do not meet. Never throws for what
+// the sources hold: trouble is in `failure` and `diagnostics`.
+UnitFacts parseUnit(CompileCommand const& command, ParserSettings const& settings, ProjectPaths const& paths);
+
+} // namespace zelkor::producer
