@@ -58,7 +58,7 @@ class FinderOptionsDatatypeSerializer final : public meta::DefaultDatatypeSerial
     static std::size_t placeOf(meta::Property const& property) {
         auto const& table = FinderOptions::table;
         for (std::size_t place = 0; place < table.rowCount; ++place)
-            if (property != nullptr && property.get() == table.rows[place].object) return place;
+            if (property.get() == table.rows[place].object) return place;
         ::brant::zero::reportException(
             brant0::messages::NoSuchProperty(property ? property.getName() : std::u16string(),
                                              ::brant::zero::toUtf16(table.qualifiedName).value()));

@@ -168,8 +168,7 @@ class Bench {
     void printTable() const {
         std::printf(
             "%u elements, JSON %.1f MB, XML %.1f MB, %u rounds; ns (or bytes, as told) an element\n\n",
-            plan.elements(), static_cast<double>(settings.json.size) / 1e6,
-            static_cast<double>(settings.xml.size) / 1e6, options.rounds);
+            plan.elements(), megabytes("model.json"), megabytes("model.xml"), options.rounds);
         std::printf("%-22s| %9s | %-24s| %9s | %7s | %8s | %s\n", "workload", options.subject.c_str(), "peer",
                     "peer's", "ratio", "mark (a)", "verdict");
         for (Mark const& mark : rows) {
@@ -204,8 +203,8 @@ class Bench {
         out["elements"] = plan.elements();
         out["seed"] = options.seed;
         out["rounds"] = options.rounds;
-        out["jsonBytes"] = settings.json.size;
-        out["xmlBytes"] = settings.xml.size;
+        out["jsonBytes"] = documentSize("model.json");
+        out["xmlBytes"] = documentSize("model.xml");
         out["rows"] = nlohmann::ordered_json::array();
         for (Mark const& mark : rows) {
             Result const result = resultOf(mark);
@@ -234,6 +233,11 @@ class Bench {
         double peer;
         double ratio;
     };
+
+    std::uintmax_t documentSize(char const* leaf) const {
+        return std::filesystem::file_size(settings.folder + "/" + leaf);
+    }
+    double megabytes(char const* leaf) const { return static_cast<double>(documentSize(leaf)) / 1e6; }
 
     Contender const* contender(std::string_view name) const {
         auto const found = std::find_if(contenders.begin(), contenders.end(),

@@ -1,10 +1,13 @@
 #include "Changes.hpp"
 #include "Contenders.hpp"
 #include "OursBuilder.hpp"
+#include "OursVisitors.hpp"
 
 #include <brant/zero/Slab.hpp>
 #include <cstring>
+#include <filesystem>
 #include <optional>
+#include <zelkor/ast/io.hpp>
 
 namespace zelkor::bench {
 
@@ -35,84 +38,8 @@ za::Project projectOf(za::Ast const& ast) {
     return za::Project::cast(ast.getModel().getTopLevelElements().front());
 }
 
-/// Visits by the typed accessors.
-struct Visitor {
-    WalkSums sums;
-
-    void visit(za::source::SourcePosition const& position) {
-        ++sums.elements;
-        sums.places += position.getLine() + position.getCol();
-        sums.references += position.hasFile();
-    }
-    void visitSymbol(za::Symbol const& symbol) {
-        ++sums.elements;
-        sums.textBytes += symbol.getName().size();
-        if (auto const position = symbol.getDefPos()) visit(position);
-        for (auto const position : symbol.getDeclPos())
-            visit(position);
-    }
-    void visit(za::Variable const& variable) {
-        visitSymbol(variable);
-        sums.references += variable.hasType();
-        auto const value = za::constants::NumericConstant::cast(variable.getInitVal());
-        if (!value) return;
-        ++sums.elements;
-        sums.textBytes += value.getValue().size();
-        sums.references += value.hasType();
-    }
-    void visit(za::Function const& function) {
-        visitSymbol(function);
-        sums.references += function.hasType();
-        if (auto const body = function.getScope()) visit(body);
-        for (auto const param : function.getParams())
-            visit(param);
-        for (auto const argument : function.getTemplateArgs()) {
-            ++sums.elements;
-            sums.references += argument.hasType();
-        }
-    }
-    void visit(za::types::Type const& type) {
-        visitSymbol(type);
-        if (auto const based = za::types::BasedType::cast(type)) {
-            sums.references += based.hasType();
-        } else if (auto const record = za::types::StructType::cast(type)) {
-            for (auto const member : record.getMembers())
-                visit(member);
-            for (auto const method : record.getMethods())
-                visit(method);
-        }
-    }
-    void visit(za::Scope const& scope) {
-        ++sums.elements;
-        for (auto const space : scope.getNamespaces()) {
-            if (auto const named = za::Namespace::cast(space)) sums.textBytes += named.getName().size();
-            visit(space);
-        }
-        for (auto const symbol : scope.getSymbols()) {
-            if (auto const function = za::Function::cast(symbol))
-                visit(function);
-            else if (auto const type = za::types::Type::cast(symbol))
-                visit(type);
-            else
-                visit(za::Variable::cast(symbol));
-        }
-    }
-    void visit(za::Project const& project) {
-        ++sums.elements;
-        for (auto const file : project.getFiles()) {
-            ++sums.elements;
-            sums.textBytes += file.getPath().size() + file.getWrittenName().size();
-            sums.references += file.getIncludedFiles().size();
-        }
-        for (auto const unit : project.getCompilations()) {
-            sums.references += unit.getFiles().size();
-            visit(unit);
-        }
-    }
-};
-
 void expectWhole(Stage const& stage, za::Ast& ast) {
-    Visitor visitor;
+    OursVisitor visitor;
     visitor.visit(projectOf(ast));
     stage.expectSums(visitor.sums);
 }
@@ -130,9 +57,25 @@ void walk(Stage& stage) {
     za::Ast ast;
     build(stage, ast);
     auto const project = projectOf(ast);
-    Visitor visitor;
+    OursVisitor visitor;
     stage.measure([&] { visitor.visit(project); });
     stage.expectSums(visitor.sums);
+}
+
+void walkReflective(Stage& stage) {
+    za::Ast ast;
+    build(stage, ast);
+    auto const project = projectOf(ast);
+    OursReflectiveVisitor visitor;
+    stage.measure([&] { visitor.visit(*project.get()); });
+    visitor.sums.places = stage.settings.sums.places; // among the numbers
+    stage.expectSums(visitor.sums);
+    stage.expect(visitor.numbers > stage.settings.sums.places, "numbers were not read");
+}
+
+template <IoFormat format>
+std::string documentPath(Stage const& stage) {
+    return format == IoFormat::json ? stage.jsonPath() : stage.xmlPath();
 }
 
 template <IoFormat format>
@@ -142,14 +85,9 @@ void save(Stage& stage) {
     std::string text;
     stage.measure([&] { text = za::io::serializeToUTF8String(ast, format); });
     stage.tellSize(text);
-    auto const wanted = format == IoFormat::json ? stage.settings.json.size : stage.settings.xml.size;
+    auto const wanted = std::filesystem::file_size(documentPath<format>(stage));
     stage.expect(text.size() == wanted, "document of " + std::to_string(text.size()) +
                                             " bytes, the floor's has " + std::to_string(wanted));
-}
-
-template <IoFormat format>
-std::string documentPath(Stage const& stage) {
-    return format == IoFormat::json ? stage.jsonPath() : stage.xmlPath();
 }
 
 template <IoFormat format>
@@ -244,7 +182,7 @@ void change(Stage& stage) {
         targets.change(stage);
         transaction.commit();
     });
-    Visitor visitor;
+    OursVisitor visitor;
     visitor.visit(projectOf(ast));
     stage.expect(visitor.sums.places != stage.settings.sums.places, "nothing was changed");
 }
@@ -266,6 +204,7 @@ Contender oursContender() {
     return {"ours",
             {{"create", create},
              {"walk", walk},
+             {"walk.reflective", walkReflective},
              {"json.save", save<IoFormat::json>},
              {"json.load", load<IoFormat::json>},
              {"xml.save", save<IoFormat::xml>},

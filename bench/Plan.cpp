@@ -243,8 +243,8 @@ class Generator {
         std::string const folder = "src/" + std::to_string(firstUnitNumber + unit) + "/";
         for (unsigned at = 0; at <= headersInUnit; ++at) {
             bool const main = at == headersInUnit;
-            std::string const leaf = std::to_string(at) + std::string(oneOf(nouns)) +
-                                     std::string(oneOf(nouns)) + (main ? ".cpp" : ".hpp");
+            std::string leaf = std::to_string(at);
+            leaf.append(oneOf(nouns)).append(oneOf(nouns)).append(main ? ".cpp" : ".hpp");
             FileRecord drawn;
             drawn.path = keepText(folder + leaf);
             drawn.writtenName = keepText(leaf);

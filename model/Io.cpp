@@ -37,8 +37,7 @@ std::unique_ptr<zio::Parser> makeParser(IoFormat format, Ast& ast) {
         parser = std::make_unique<zio::JSONParser>();
     else
         parser = std::make_unique<zio::XmlParser>();
-    if (&parser->targetModel() != &AstAccess::model(ast))
-        parser->targetModel() = AstAccess::model(ast);
+    if (&parser->targetModel() != &AstAccess::model(ast)) parser->targetModel() = AstAccess::model(ast);
     return parser;
 }
 
@@ -90,7 +89,8 @@ std::u16string serializeToUTF16String(Ast& ast, IoFormat format) {
 }
 
 Ast deserializeFromFile(std::u16string const& path, IoFormat format) {
-    return deserialize(format, [&](zio::Parser& parser) { parser.parseFile(path, zio::Parser::UpdateModelURI::No); });
+    return deserialize(format,
+                       [&](zio::Parser& parser) { parser.parseFile(path, zio::Parser::UpdateModelURI::No); });
 }
 Ast deserializeFromUTF8String(std::string const& text, IoFormat format) {
     return deserialize(format, [&](zio::Parser& parser) { parser.parseString(text); });

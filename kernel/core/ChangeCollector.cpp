@@ -102,7 +102,7 @@ CommitNotice ChangeCollector::notice() {
     collect(nullptr);
     CommitNotice notice;
     for (ModelElementImpl* element : created_)
-        if (element != nullptr && element->valid()) notice.created.emplace_back(element);
+        if (element != nullptr && element->valid() && !Core::isSilent(*element)) notice.created.emplace_back(element);
     for (ModelElementImpl* element : destroyed_) {
         recordRest(*element);
         notice.destroyed.emplace_back(ModelElement(element), records_[element]);

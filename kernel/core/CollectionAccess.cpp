@@ -12,7 +12,10 @@ namespace brant::zero {
 AbstractOwnedCollection::Operation::Operation(AbstractOwnedCollection& collection)
     : model_(nullptr), level_(0) {
     ModelElementImpl* owner = collection.owner();
-    if (owner != nullptr) Core::requireAlive(*owner);
+    if (owner != nullptr) {
+        Core::requireAlive(*owner);
+        Core::requireWritable(*owner);
+    }
     if (owner == nullptr || owner->model() == nullptr || !collection.row().stored()) return;
     model_ = owner->model();
     level_ = model_->transactions().begin();

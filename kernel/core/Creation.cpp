@@ -49,7 +49,8 @@ ModelImpl& requireModel(Model const& model) {
 } // namespace
 
 void Core::announce(Body& element) {
-    element.model()->transactions().addCreated(element);
+    TransactionCoordinator& transactions = element.model()->transactions();
+    if (!transactions.createdInside(element)) transactions.addCreated(element);
     element.state_ |= Body::Announced;
     element.didCreate();
 }
@@ -265,11 +266,15 @@ ModelElement Builder::make(bool skipCascade, boost::uuids::uuid const& uuid) {
     ModelImpl& model = *orchestrator_->model().get();
     model.requireFree(uuid);
     ModelElement element(classTable().construct(&model, uuid));
+    // Known to the transaction before anything can fail, so that it vanishes then.
+    model.transactions().addCreated(*element.get());
     Core::takeValues(*element.get(), *this);
-    if (!skipCascade) {
-        Core::announce(*element.get());
-        Core::cascade(*element.get(), *this);
+    if (skipCascade) {
+        Core::passOver(*element.get());
+        return element;
     }
+    Core::announce(*element.get());
+    Core::cascade(*element.get(), *this);
     return element;
 }
 

@@ -152,6 +152,7 @@ void Core::destroyTree(Body& root) {
 
 void Core::destroy(Body& element) {
     if (!element.valid_) return;
+    requireWritable(element);
     ModelElement const keep(&element);
     Level level(element);
     element.makeUncontained();

@@ -32,8 +32,12 @@ Core::Body* Core::settleReference(Body const& self, Row const& row) {
     ModelImpl* model = self.model();
     if (model == nullptr) return stored;
     Body* result = model->resolveProxy(&self, stored);
-    if (result != nullptr && result->valid() && !result->isProxy() &&
-        (row.opposite == nullptr || inverseContains(*result, &self, *row.opposite))) {
+    // Reading moves nothing: what an owner does not hold yet stays away.
+    auto const pointsBack = [&] {
+        if (row.owning()) return result->container_ == &self && result->feature_ == &row;
+        return row.opposite == nullptr || inverseContains(*result, &self, *row.opposite);
+    };
+    if (result != nullptr && result->valid() && !result->isProxy() && pointsBack()) {
         Body& writable = const_cast<Body&>(self);
         // Resolution is no change, but a target that may vanish again must give the placeholder back.
         if (isNew(*result)) recordReference(writable, row);

@@ -209,11 +209,13 @@ void setCollectionValue(ModelElementImpl& self, PropertyRow const& row, Value co
     AbstractOwnedCollection& target = Core::collection(self, row);
     std::vector<Value> members;
     if (AbstractOwnedCollection* source = value.collection()) {
-        if (ReferenceCollection* elements = source->asReferences())
+        if (ReferenceCollection* elements = source->asReferences()) {
             for (ModelElement const& element : elements->getAllValuesAndProxies())
-                if (element) members.push_back(Value::own<ModelElement>(element.getMetaClass(), ValueFlags::One, element));
-        else
+                if (element)
+                    members.push_back(Value::own<ModelElement>(element.getMetaClass(), ValueFlags::One, element));
+        } else {
             members = static_cast<AbstractPrimitiveCollection&>(*source).getAllValues();
+        }
     } else if (value.flags() == ValueFlags::Sequence || value.flags() == ValueFlags::Set) {
         members = value.extract();
     } else {
@@ -267,10 +269,18 @@ void ModelElementImpl::setPropertyValue(meta::Property const& property, Value co
         ModelElement const target(Core::targetOf(row, value));
         ModelElementImpl* stored = Core::field<ModelElementImpl*>(*this, row);
         // A stored placeholder gives way without upkeep: there is no other end to tell.
-        if (!tag.resolves() && target && !target.get()->isProxy() && stored != nullptr && stored->valid() &&
-            stored->isProxy())
-            Core::basicSetReference(*this, row, nullptr);
+        bool const givesWay = !tag.resolves() && target && !target.get()->isProxy() && stored != nullptr &&
+                              stored->valid() && stored->isProxy();
+        if (!givesWay) {
+            Core::setReference(*this, row, target.get());
+            break;
+        }
+        Core::requireWritable(*this);
+        Core::Level level(*this);
+        Core::recordReference(*this, row);
+        Core::basicSetReference(*this, row, nullptr);
         Core::setReference(*this, row, target.get());
+        level.commit();
         break;
     }
     case PropertyKind::ContainerEnd:

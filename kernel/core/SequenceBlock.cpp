@@ -71,8 +71,8 @@ void ReferenceSequence::slide(std::size_t head) noexcept {
     std::memmove(block_->items(), items, block_->size * sizeof(*items));
 }
 
-/// Opens a gap of one slot at `index`, on the cheaper side. A side without room gets some: from the other side when
-/// that has plenty, so that it lasts for as many steps as the move costs, else from a larger block.
+/// Opens a gap of one slot at `index`, on the cheaper side. A side without room gets some: from the other
+/// side when that has plenty, so that it lasts for as many steps as the move costs, else from a larger block.
 void ReferenceSequence::makeRoom(std::size_t index, bool mayGrow) {
     if (block_ == nullptr) block_ = allocateBlock(1);
     std::size_t const behind = block_->size - index;
@@ -141,10 +141,30 @@ void ReferenceSequence::giveOrder(std::size_t index, ModelElementImpl* element) 
                                     : (index == 0 ? 2ull * firstOrder : before + 2ull * orderStep);
     std::uint64_t const middle = before + (after - before) / 2;
     if (middle == before || after > ~std::uint32_t{0})
-        renumber();
+        spread(index);
     else
         Core::order(*element) = static_cast<std::uint32_t>(
             index == 0 && block_->size > 1 && after > orderStep ? after - orderStep : middle);
+}
+
+/// Gives new keys to a slot without one and to as many round it as it takes to have gaps again.
+void ReferenceSequence::spread(std::size_t index) {
+    constexpr std::uint64_t least = orderStep / 4;
+    ModelElementImpl* const* const items = block_->items();
+    for (std::size_t reach = 8; reach < block_->size; reach *= 2) {
+        std::size_t const first = index > reach ? index - reach : 0;
+        std::size_t const last = std::min<std::size_t>(index + reach + 1, block_->size);
+        std::uint64_t const natural = (last - first + 1) * orderStep;
+        std::uint64_t low = first == 0 ? 0 : Core::order(*items[first - 1]);
+        std::uint64_t high = last == block_->size ? low + natural : Core::order(*items[last]);
+        if (first == 0 && last < block_->size && high > natural) low = high - natural;
+        std::uint64_t const step = (high - low) / (last - first + 1);
+        if (step < least || high > ~std::uint32_t{0}) continue;
+        for (std::size_t i = first; i < last; ++i)
+            Core::order(*items[i]) = static_cast<std::uint32_t>(low + (i - first + 1) * step);
+        return;
+    }
+    renumber();
 }
 
 void ReferenceSequence::renumber() {
@@ -245,7 +265,8 @@ void ReferenceSequence::resetContents(Block* block) noexcept {
 }
 
 void ReferenceSequence::settleOrder() noexcept {
-    // Members that stayed may have got new keys since; keys of the dead come back as they were when they died.
+    // Members that stayed may have got new keys since; keys of the dead come back as they were when they
+    // died.
     if (block_ == nullptr || block_->irregular || !keepsOrder()) return;
     for (std::size_t i = 1; i < block_->size; ++i)
         if (Core::order(*slot(i - 1)) >= Core::order(*slot(i))) {

@@ -76,11 +76,25 @@ bool ReferenceCollectionWithProxies<Base, Members>::genericContains(ModelElement
     return element && this->conforms(element) && locate(element.get()) != entries().end();
 }
 
-// Placeholders. Taking one's target in is no change of the model and leaves no record.
+// Placeholders.
 
 template <class Base, class Members>
 bool ReferenceCollectionWithProxies<Base, Members>::resolveAdd(ModelElement const& element) {
     return content().members.insert(Members::entry(this->row(), element)).second;
+}
+
+template <class Base, class Members>
+bool ReferenceCollectionWithProxies<Base, Members>::replaceEntry(typename ProxyTable::const_iterator entry,
+                                                                 ModelElement const& target) {
+    // This is no change of the model, but a target that may vanish again must give the placeholder back.
+    if (Core::isNew(*target.get())) {
+        if (!recordedEmplace(target.get())) return false;
+        recordedExtract<ProxyTable>(entry);
+        return true;
+    }
+    if (!resolveAdd(target)) return false;
+    content_->proxies.erase(entry);
+    return true;
 }
 
 template <class Base, class Members>
@@ -92,7 +106,7 @@ void ReferenceCollectionWithProxies<Base, Members>::resolveProxies(Accept accept
         auto const entry = next++;
         if (!accept(*entry)) continue;
         ModelElement const target = this->resolveProxy(entry->second);
-        if (target && !target.get()->isProxy() && resolveAdd(target)) proxies.erase(entry);
+        if (target && !target.get()->isProxy()) replaceEntry(entry, target);
     }
 }
 
@@ -116,8 +130,7 @@ template <class Base, class Members>
 void ReferenceCollectionWithProxies<Base, Members>::replaceProxy(ModelElement const& element, unsigned long) {
     if (content_ == nullptr) return;
     auto const entry = content_->proxies.find(element.get()->getPersistentProxyId(true));
-    if (entry == content_->proxies.end() || !resolveAdd(element)) return;
-    content_->proxies.erase(entry);
+    if (entry == content_->proxies.end() || !replaceEntry(entry, element)) return;
     if (!owns() || holds(*element.get()) || this->owner()->model() == nullptr) return;
     Core::Level level(*this->owner());
     Core::requireAcyclic(*element.get(), this->owner());
@@ -130,10 +143,7 @@ template <class Base, class Members>
 bool ReferenceCollectionWithProxies<Base, Members>::basicContainsProxyTo(ModelElement const& element) {
     if (content_ == nullptr) return false;
     for (auto entry = content_->proxies.begin(); entry != content_->proxies.end(); ++entry)
-        if (this->peekResolveProxy(entry->second) == element && resolveAdd(element)) {
-            content_->proxies.erase(entry);
-            return true;
-        }
+        if (this->peekResolveProxy(entry->second) == element && replaceEntry(entry, element)) return true;
     return false;
 }
 

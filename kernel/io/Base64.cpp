@@ -45,8 +45,7 @@ std::string encodeBase64(std::u16string_view text) {
 }
 
 bool decodeBase64(std::string_view text, std::string& bytes) {
-    if (text.size() % 4 != 0)
-        return false;
+    if (text.size() % 4 != 0) return false;
     std::size_t const padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
     std::string result;
     result.reserve(text.size() / 4 * 3);
@@ -55,13 +54,11 @@ bool decodeBase64(std::string_view text, std::string& bytes) {
         std::uint32_t group = 0;
         for (std::size_t j = 0; j < 4; ++j) {
             int const digit = j < 4 - missing ? digits[static_cast<unsigned char>(text[i + j])] : 0;
-            if (digit < 0)
-                return false;
+            if (digit < 0) return false;
             group = group << 6 | static_cast<std::uint32_t>(digit);
         }
         // Bits that no byte takes would let two texts stand for the same bytes.
-        if ((missing == 1 && (group & 0xff) != 0) || (missing == 2 && (group & 0xffff) != 0))
-            return false;
+        if ((missing == 1 && (group & 0xff) != 0) || (missing == 2 && (group & 0xffff) != 0)) return false;
         for (std::size_t j = 0; j < 3 - missing; ++j)
             result += static_cast<char>(group >> (16 - 8 * j) & 0xff);
     }
@@ -71,8 +68,7 @@ bool decodeBase64(std::string_view text, std::string& bytes) {
 
 bool decodeBase64(std::string_view text, std::u16string& units) {
     std::string bytes;
-    if (!decodeBase64(text, bytes) || bytes.size() % 2 != 0)
-        return false;
+    if (!decodeBase64(text, bytes) || bytes.size() % 2 != 0) return false;
     units.clear();
     units.reserve(bytes.size() / 2);
     for (std::size_t i = 0; i < bytes.size(); i += 2)

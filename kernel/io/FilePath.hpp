@@ -20,9 +20,9 @@ inline std::string toFilePath(std::u16string const& path) {
     if (!appendUtf8(bytes, path))
         throw FileError(toUtf8(path), "the path holds a lone surrogate; no file can be named so");
     if (bytes.find('\0') != std::string::npos)
-        throw FileError(bytes.substr(0, bytes.find('\0')), "the path holds a zero character; no file can be named so");
-    if (bytes.empty())
-        throw FileError(bytes, "the path is empty; give the name of a file");
+        throw FileError(bytes.substr(0, bytes.find('\0')),
+                        "the path holds a zero character; no file can be named so");
+    if (bytes.empty()) throw FileError(bytes, "the path is empty; give the name of a file");
     return bytes;
 }
 

@@ -1,7 +1,7 @@
 // Writing a file so that its old content stays until the new one is whole.
 
-#include "Sink.hpp"
 #include "FilePath.hpp"
+#include "Sink.hpp"
 
 #include "brant/zero/Uuid.hpp"
 
@@ -20,8 +20,7 @@ namespace {
 
 std::string folderOf(std::string const& path) {
     std::size_t const slash = path.rfind('/');
-    if (slash == std::string::npos)
-        return ".";
+    if (slash == std::string::npos) return ".";
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
@@ -31,8 +30,7 @@ std::string followLinks(std::string path) {
     for (int i = 0; i < longestChain; ++i) {
         char target[PATH_MAX];
         ssize_t const length = ::readlink(path.c_str(), target, sizeof target);
-        if (length < 0)
-            return path;
+        if (length < 0) return path;
         std::string next(target, static_cast<std::size_t>(length));
         path = next.starts_with('/') ? next : folderOf(path) + "/" + next;
     }
@@ -43,44 +41,35 @@ class FileSink final : public Sink {
   public:
     explicit FileSink(std::u16string const& path) : path_(toFilePath(path)) {}
     ~FileSink() override {
-        if (file_ >= 0)
-            ::close(file_);
-        if (!temporary_.empty())
-            ::unlink(temporary_.c_str());
+        if (file_ >= 0) ::close(file_);
+        if (!temporary_.empty()) ::unlink(temporary_.c_str());
     }
 
     void begin() override {
         struct stat present {};
         bool const exists = ::stat(path_.c_str(), &present) == 0;
-        if (!exists && errno != ENOENT)
-            fail();
-        if (exists && S_ISDIR(present.st_mode))
-            throw FileError(path_, reasonOf(EISDIR));
+        if (!exists && errno != ENOENT) fail();
+        if (exists && S_ISDIR(present.st_mode)) throw FileError(path_, reasonOf(EISDIR));
         if (exists && !S_ISREG(present.st_mode)) {
             file_ = ::open(path_.c_str(), O_WRONLY | O_CLOEXEC);
-            if (file_ < 0)
-                fail();
+            if (file_ < 0) fail();
             return;
         }
         // Renaming asks for the permission of the folder only; a file that is protected is to stay.
-        if (exists && ::access(path_.c_str(), W_OK) != 0)
-            fail();
+        if (exists && ::faccessat(AT_FDCWD, path_.c_str(), W_OK, AT_EACCESS) != 0) fail();
         target_ = followLinks(path_);
         openTemporary();
         if (exists) {
             static_cast<void>(::fchown(file_, present.st_uid, present.st_gid) == 0);
-            if (::fchmod(file_, present.st_mode & 07777) != 0)
-                fail();
+            if (::fchmod(file_, present.st_mode & 07777) != 0) fail();
         }
     }
 
     void write(char const* bytes, std::size_t size) override {
         while (size > 0) {
             ssize_t const written = ::write(file_, bytes, size);
-            if (written < 0 && errno == EINTR)
-                continue;
-            if (written < 0)
-                fail();
+            if (written < 0 && errno == EINTR) continue;
+            if (written < 0) fail();
             bytes += written;
             size -= static_cast<std::size_t>(written);
         }
@@ -88,14 +77,11 @@ class FileSink final : public Sink {
 
     void finish() override {
         if (temporary_.empty()) {
-            if (::close(std::exchange(file_, -1)) != 0)
-                fail();
+            if (::close(std::exchange(file_, -1)) != 0) fail();
             return;
         }
-        if (::fsync(file_) != 0 || ::close(std::exchange(file_, -1)) != 0)
-            fail();
-        if (::rename(temporary_.c_str(), target_.c_str()) != 0)
-            fail();
+        if (::fsync(file_) != 0 || ::close(std::exchange(file_, -1)) != 0) fail();
+        if (::rename(temporary_.c_str(), target_.c_str()) != 0) fail();
         temporary_.clear();
         syncFolder();
     }
@@ -115,12 +101,11 @@ class FileSink final : public Sink {
         }
     }
 
-    /// Makes the new name last through a crash. The text itself is safe by now, so a folder that cannot be flushed
-    /// (some file systems refuse it) is no failure.
+    /// Makes the new name last through a crash. The text itself is safe by now, so a folder that cannot be
+    /// flushed (some file systems refuse it) is no failure.
     void syncFolder() const noexcept {
         int const folder = ::open(folderOf(target_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (folder < 0)
-            return;
+        if (folder < 0) return;
         ::fsync(folder);
         ::close(folder);
     }

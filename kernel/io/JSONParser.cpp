@@ -4,7 +4,8 @@
 #include "ModelReader.hpp"
 #include "NearName.hpp"
 
-// A namespace of its own keeps this use of the library, with sizes of 64 bits, apart from any other in the process.
+// A namespace of its own keeps this use of the library, with sizes of 64 bits, apart from any other in the
+// process.
 #define RAPIDJSON_NAMESPACE zelkor_rapidjson
 #define RAPIDJSON_NAMESPACE_BEGIN namespace zelkor_rapidjson {
 #define RAPIDJSON_NAMESPACE_END }
@@ -23,10 +24,12 @@ using Reader = zelkor_rapidjson::Reader;
 
 namespace zelkor_rapidjson {
 
-// The library copies plain runs of characters in strides where the whole text is in memory; here it is in a buffer.
+// The library copies plain runs of characters in strides where the whole text is in memory; here it is in a
+// buffer.
 template <>
 template <>
-inline void Reader::ScanCopyUnescapedString(brant::zero::io::JsonStream& stream, Reader::StackStream<char>& out) {
+inline void Reader::ScanCopyUnescapedString(brant::zero::io::JsonStream& stream,
+                                            Reader::StackStream<char>& out) {
     stream.copyPlain([&](char const* text, std::size_t size) { std::memcpy(out.Push(size), text, size); });
 }
 
@@ -57,8 +60,7 @@ class Handler {
 
     bool StartObject() {
         reader_.enterLevel();
-        if (startSkipped())
-            return true;
+        if (startSkipped()) return true;
         if (in_.empty()) {
             in_.push_back(In::Document);
             return true;
@@ -73,8 +75,7 @@ class Handler {
 
     bool Key(char const* text, std::size_t size, bool) {
         std::string_view const name(text, size);
-        if (skipping_ > 0)
-            return true;
+        if (skipping_ > 0) return true;
         switch (in_.back()) {
         case In::Document:
             documentKey(name);
@@ -96,16 +97,13 @@ class Handler {
 
     bool EndObject(std::size_t) {
         reader_.leaveLevel();
-        if (endSkipped())
-            return true;
+        if (endSkipped()) return true;
         switch (in_.back()) {
         case In::Document:
-            if (head_ != Head::Done)
-                reader_.fail("the document ends early", wanted());
+            if (head_ != Head::Done) reader_.fail("the document ends early", wanted());
             break;
         case In::Element:
-            if (stage_ != Stage::Properties)
-                reader_.fail("the element has no identity", "the member 'uuid'");
+            if (stage_ != Stage::Properties) reader_.fail("the element has no identity", "the member 'uuid'");
             reader_.endElement();
             break;
         case In::Proxy:
@@ -124,10 +122,8 @@ class Handler {
 
     bool StartArray() {
         reader_.enterLevel();
-        if (startSkipped())
-            return true;
-        if (in_.empty())
-            reader_.fail("the text is no model", "an object");
+        if (startSkipped()) return true;
+        if (in_.empty()) reader_.fail("the text is no model", "an object");
         if (at(In::Document) && head_ == Head::ElementsValue) {
             head_ = Head::Done;
             in_.push_back(In::Elements);
@@ -141,8 +137,7 @@ class Handler {
 
     bool EndArray(std::size_t) {
         reader_.leaveLevel();
-        if (!endSkipped())
-            in_.pop_back();
+        if (!endSkipped()) in_.pop_back();
         return true;
     }
 
@@ -173,8 +168,7 @@ class Handler {
     bool endSkipped() noexcept { return skipping_ > 0 && skipping_-- > 0; }
 
     [[nodiscard]] std::string wanted() const {
-        if (in_.empty())
-            return "an object";
+        if (in_.empty()) return "an object";
         switch (in_.back()) {
         case In::Document:
             switch (head_) {
@@ -192,8 +186,7 @@ class Handler {
         case In::Elements:
             return "an element";
         case In::Element:
-            if (stage_ != Stage::Properties)
-                return "a string";
+            if (stage_ != Stage::Properties) return "a string";
             return isMany(reader_.field().step) ? "an array" : "one value";
         case In::List:
             return "a value of the list";
@@ -217,40 +210,43 @@ class Handler {
         }
         for (std::string_view const known : names)
             if (name == known)
-                reader_.fail("the member '" + std::string(name) + "' stands in a wrong place or twice",
+                reader_.fail("the member " + quote(name) + " stands in a wrong place or twice",
                              index < 3 ? wanted() : "the end of the object");
         if (head_ < Head::Elements || !reader_.skipsUnknown())
-            reader_.fail("a document has no member '" + std::string(name) + "'" +
+            reader_.fail("a document has no member " + quote(name) +
                              suggestion(name, {std::begin(names), std::end(names)}),
                          index < 3 ? wanted() : "the end of the object");
-        reader_.warn("The member '" + std::string(name) + "' is not known. It is skipped.");
+        reader_.warn("The member " + quote(name) + " is not known. It is skipped.");
         skipNext_ = true;
     }
 
     void firstKey(std::string_view name) {
+        bool const inElement = in_[in_.size() - 2] != In::Elements;
         if (name == "class") {
             in_.back() = In::Element;
             stage_ = Stage::Class;
-        } else if (name == "proxy" && in_.size() > 2) {
+        } else if (name == "proxy" && inElement) {
             in_.back() = In::Proxy;
             proxy_ = {};
             proxyParts_ = 1;
-        } else if (name == "base64" && in_.size() > 2) {
+            part_ = 0;
+        } else if (name == "base64" && inElement) {
             in_.back() = In::Encoded;
         } else {
-            reader_.fail("the object begins with '" + std::string(name) + "'", "the member 'class'");
+            reader_.fail("the object begins with " + quote(name), "the member 'class'");
         }
     }
 
     void elementKey(std::string_view name) {
         if (stage_ == Stage::Uuid) {
             if (name != "uuid")
-                reader_.fail("the member '" + std::string(name) + "' stands before the identity", "the member 'uuid'");
+                reader_.fail("the member " + quote(name) + " stands before the identity",
+                             "the member 'uuid'");
             stage_ = Stage::UuidValue;
             return;
         }
         if (name == "class" || name == "uuid")
-            reader_.fail("the member '" + std::string(name) + "' stands twice in one element", "each member once");
+            reader_.fail("the member " + quote(name) + " stands twice in one element", "each member once");
         skipNext_ = reader_.beginProperty(name) == nullptr;
     }
 
@@ -259,19 +255,17 @@ class Handler {
         for (unsigned i = 0; i < std::size(names); ++i)
             if (name == names[i]) {
                 if ((proxyParts_ & 1u << i) != 0)
-                    reader_.fail("the member '" + std::string(name) + "' stands twice in a placeholder");
+                    reader_.fail("the member " + quote(name) + " stands twice in a placeholder");
                 proxyParts_ |= 1u << i;
                 part_ = i;
                 return;
             }
-        reader_.fail("a placeholder has no member '" + std::string(name) + "'", "'model', 'element' or 'external'");
+        reader_.fail("a placeholder has no member " + quote(name), "'model', 'element' or 'external'");
     }
 
     bool value(std::string_view text, Spelling spelling) {
-        if (skipping_ > 0 || std::exchange(skipNext_, false))
-            return true;
-        if (in_.empty())
-            reader_.fail("the text is no model", "an object");
+        if (skipping_ > 0 || std::exchange(skipNext_, false)) return true;
+        if (in_.empty()) reader_.fail("the text is no model", "an object");
         switch (in_.back()) {
         case In::Document:
             documentValue(text, spelling);
@@ -297,13 +291,11 @@ class Handler {
     }
 
     void requireText(Spelling spelling) {
-        if (spelling != Spelling::Quoted)
-            reader_.fail("the value is of a wrong kind", "a string");
+        if (spelling != Spelling::Quoted) reader_.fail("the value is of a wrong kind", "a string");
     }
 
     void documentValue(std::string_view text, Spelling spelling) {
-        if (head_ == Head::ElementsValue)
-            reader_.fail("the elements are no list", "an array");
+        if (head_ == Head::ElementsValue) reader_.fail("the elements are no list", "an array");
         requireText(spelling);
         if (head_ == Head::FormatValue)
             reader_.checkFormat(text);
@@ -350,7 +342,8 @@ class Handler {
     JsonStream& stream_;
     std::vector<In> in_;
     Head head_ = Head::Format;
-    Stage stage_ = Stage::Properties; ///< of the innermost element: an outer one is always among its properties
+    Stage stage_ =
+        Stage::Properties; ///< of the innermost element: an outer one is always among its properties
     ReadPlan const* plan_ = nullptr;
     ProxyId proxy_;
     unsigned proxyParts_ = 0;
@@ -360,10 +353,8 @@ class Handler {
 };
 
 std::string lowered(std::string text) {
-    if (!text.empty() && text[0] >= 'A' && text[0] <= 'Z')
-        text[0] = static_cast<char>(text[0] - 'A' + 'a');
-    if (text.ends_with('.'))
-        text.pop_back();
+    if (!text.empty() && text[0] >= 'A' && text[0] <= 'Z') text[0] = static_cast<char>(text[0] - 'A' + 'a');
+    if (text.ends_with('.')) text.pop_back();
     return text;
 }
 
@@ -372,14 +363,14 @@ std::string lowered(std::string text) {
 void JSONParser::read(ModelReader& reader, TextSource& source) {
     namespace json = zelkor_rapidjson;
     JsonStream stream(reader, source);
-    if (stream.empty())
-        reader.fail("the text is empty", "a model");
+    if (stream.empty()) reader.fail("the text is empty", "a model");
     Handler handler(reader, stream);
     json::Reader parser;
     json::ParseResult const result =
         parser.Parse<json::kParseIterativeFlag | json::kParseNumbersAsStringsFlag>(stream, handler);
     if (result.IsError()) {
-        if (result.Code() == json::kParseErrorStringEscapeInvalid && static_cast<unsigned char>(stream.Peek()) < 0x20)
+        if (result.Code() == json::kParseErrorStringEscapeInvalid &&
+            static_cast<unsigned char>(stream.Peek()) < 0x20)
             reader.failAt(stream.here(), "a control character stands in a string", "its escape");
         reader.failAt(stream.here(), lowered(json::GetParseError_En(result.Code())));
     }

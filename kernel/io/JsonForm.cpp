@@ -67,21 +67,18 @@ void JsonForm::endDocument() {
 
 void JsonForm::putText(std::string const& bytes) {
     unsigned const bits = classify(bytes);
-    if ((bits & BeyondBit) != 0 && !isValidUtf8(bytes))
-        return putEncoded(encodeBase64(bytes));
+    if ((bits & BeyondBit) != 0 && !isValidUtf8(bytes)) return putEncoded(encodeBase64(bytes));
     putEscaped(bytes, bits);
 }
 
 void JsonForm::putText(std::u16string const& text) {
     scratch_.clear();
-    if (!appendUtf8(scratch_, text))
-        return putWithLoneSurrogates(text);
+    if (!appendUtf8(scratch_, text)) return putWithLoneSurrogates(text);
     putEscaped(scratch_, classify(scratch_));
 }
 
 void JsonForm::putEscaped(std::string_view utf8, unsigned bits) {
-    if ((bits & (ControlBit | QuoteBit | BackslashBit)) == 0)
-        return quoted(utf8);
+    if ((bits & (ControlBit | QuoteBit | BackslashBit)) == 0) return quoted(utf8);
     out_.put('"');
     for (std::size_t i = 0; i < utf8.size(); i += portion) {
         std::string_view const part = utf8.substr(i, portion);
@@ -112,8 +109,7 @@ void JsonForm::putWithLoneSurrogates(std::u16string_view text) {
         if (appendUtf8(scratch_, text.substr(i, length))) {
             char* const to = out_.room(6);
             bool const plain = (classify(scratch_) & (ControlBit | QuoteBit | BackslashBit)) == 0;
-            if (plain)
-                std::memcpy(to, scratch_.data(), scratch_.size());
+            if (plain) std::memcpy(to, scratch_.data(), scratch_.size());
             out_.advance(plain ? to + scratch_.size() : escape(static_cast<unsigned char>(scratch_[0]), to));
         } else {
             char* const to = out_.room(longestNumber);

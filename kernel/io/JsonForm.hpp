@@ -73,10 +73,8 @@ class JsonForm final : public PlanSpelling {
     }
     void endChild(WriteField const&) {}
     void listItem(bool first, bool nested = true) {
-        if (!first)
-            out_.put(',');
-        if (nested)
-            out_.put('\n');
+        if (!first) out_.put(',');
+        if (nested) out_.put('\n');
     }
     void item(std::string const& value, bool first) {
         listItem(first, false);
@@ -108,8 +106,7 @@ class JsonForm final : public PlanSpelling {
     template <class Number>
     void putNumber(Number value) {
         if constexpr (std::is_same_v<Number, double>)
-            if (std::string_view const word = wordFor(value); !word.empty())
-                return quoted(word);
+            if (std::string_view const word = wordFor(value); !word.empty()) return quoted(word);
         out_.advance(formatNumber(value, out_.room(longestNumber)));
     }
     void quoted(std::string_view plain) {

@@ -41,12 +41,13 @@ JsonStream::JsonStream(ModelReader& reader, TextSource& source)
 }
 
 void JsonStream::refill() {
-    if (last_)
-        return;
+    if (last_) return;
+    if (token_ != nullptr) before_ = locate(std::max(token_, counted_));
+    token_ = nullptr;
     static_cast<void>(locate(end_));
     base_ += static_cast<std::size_t>(end_ - begin());
     at_ = end_ = begin();
-    token_ = counted_ = begin();
+    counted_ = begin();
     replaced_.clear();
     // What waits is a part of one character or of two escapes, so reading on always completes it.
     while (end_ == begin() && !last_) {
@@ -65,22 +66,18 @@ std::size_t JsonStream::checkEncoding(std::size_t size) {
     std::size_t whole = size;
     for (std::size_t back = 1; back <= std::min<std::size_t>(3, size) && !last_; ++back) {
         auto const byte = static_cast<unsigned char>(begin()[size - back]);
-        if (byte >= 0xC0 && back < (byte >= 0xF0 ? 4u : byte >= 0xE0 ? 3u : 2u))
-            whole = size - back;
-        if (byte < 0x80 || byte >= 0xC0)
-            break;
+        if (byte >= 0xC0 && back < (byte >= 0xF0 ? 4u : byte >= 0xE0 ? 3u : 2u)) whole = size - back;
+        if (byte < 0x80 || byte >= 0xC0) break;
     }
     std::string_view const text(begin(), whole);
-    if ((classify(text) & BeyondBit) == 0 || isValidUtf8(text))
-        return whole;
+    if ((classify(text) & BeyondBit) == 0 || isValidUtf8(text)) return whole;
     // Halving finds the first fault: a prefix is good up to it, give or take its last character.
     std::size_t good = 0;
     for (std::size_t step = std::bit_floor(whole); step > 0; step /= 2) {
         std::size_t end = good + step;
         while (end < whole && end > good && (begin()[end] & 0xC0) == 0x80)
             --end;
-        if (end <= whole && isValidUtf8(text.substr(good, end - good)))
-            good = end;
+        if (end <= whole && isValidUtf8(text.substr(good, end - good))) good = end;
     }
     reader_.failAt(locate(begin() + good), "the text is no valid UTF-8 here",
                    "UTF-8, or UTF-16 with a byte order mark");
@@ -91,8 +88,7 @@ std::pair<std::size_t, std::size_t> JsonStream::replaceEscapes(std::size_t size)
     char* from = begin();
     char* to = begin();
     auto const keep = [&](char* until) {
-        if (to != from)
-            std::memmove(to, from, static_cast<std::size_t>(until - from));
+        if (to != from) std::memmove(to, from, static_cast<std::size_t>(until - from));
         to += until - from;
         from = until;
     };
@@ -110,7 +106,8 @@ std::pair<std::size_t, std::size_t> JsonStream::replaceEscapes(std::size_t size)
         std::optional<unsigned> const unit = fourDigits(at + 2);
         bool const surrogate = unit && *unit >= 0xD800 && *unit < 0xE000;
         std::optional<unsigned> const next =
-            surrogate && room >= 2 * escapeSize && at[6] == '\\' && at[7] == 'u' ? fourDigits(at + 8) : std::nullopt;
+            surrogate && room >= 2 * escapeSize && at[6] == '\\' && at[7] == 'u' ? fourDigits(at + 8)
+                                                                                 : std::nullopt;
         if (!surrogate) {
             at += 2;
         } else if (*unit < 0xDC00 && next && *next >= 0xDC00 && *next < 0xE000) {
@@ -140,8 +137,7 @@ Position JsonStream::locate(char const* place) {
         } else {
             column_ += static_cast<std::uint32_t>(until - counted_);
             for (char const* replaced : replaced_)
-                if (replaced > counted_ && replaced <= until)
-                    column_ += shorter;
+                if (replaced > counted_ && replaced <= until) column_ += shorter;
         }
         counted_ = until;
     }
@@ -149,7 +145,7 @@ Position JsonStream::locate(char const* place) {
 }
 
 Position JsonStream::position() {
-    return locate(std::max(token_, counted_));
+    return token_ == nullptr ? before_ : locate(std::max(token_, counted_));
 }
 Position JsonStream::here() {
     return locate(std::max<char const*>(at_, counted_));
@@ -177,11 +173,9 @@ void JsonStream::skipWhitespace() {
     for (;;) {
         while (*at_ == ' ' || *at_ == '\n' || *at_ == '\r' || *at_ == '\t')
             ++at_;
-        if (at_ != end_)
-            break;
+        if (at_ != end_) break;
         refill();
-        if (at_ == end_)
-            break;
+        if (at_ == end_) break;
     }
     token_ = at_;
 }

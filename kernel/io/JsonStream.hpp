@@ -14,8 +14,8 @@ namespace brant::zero::io {
 
 /// Hands out one character after the other, a zero at the end.
 ///
-/// Beyond that it checks the encoding, and puts the three bytes of a lone surrogate in place of its escape, which the
-/// reader would refuse: raw text never has such bytes.
+/// Beyond that it checks the encoding, and puts the three bytes of a lone surrogate in place of its escape,
+/// which the reader would refuse: raw text never has such bytes.
 class JsonStream final : public Locator {
   public:
     using Ch = char;
@@ -32,7 +32,9 @@ class JsonStream final : public Locator {
         ++at_;
         return character;
     }
-    [[nodiscard]] std::size_t Tell() const noexcept { return base_ + static_cast<std::size_t>(at_ - begin()); }
+    [[nodiscard]] std::size_t Tell() const noexcept {
+        return base_ + static_cast<std::size_t>(at_ - begin());
+    }
 
     // Asked for by the reader's other modes, never called.
     char* PutBegin() noexcept { return nullptr; }
@@ -44,19 +46,17 @@ class JsonStream final : public Locator {
     [[nodiscard]] bool atEnd() { return Peek() == '\0' && at_ == end_; }
     [[nodiscard]] bool empty() const noexcept { return base_ == 0 && end_ == begin(); }
     void skipWhitespace();
-    /// Copies characters that need no look up to a quote, an escape or a control character. `append` takes them.
+    /// Copies characters that need no look up to a quote, an escape or a control character. `append` takes
+    /// them.
     template <class Append>
     void copyPlain(Append append) {
         for (;;) {
             char const* const from = at_;
             at_ = const_cast<char*>(endOfPlain(at_));
-            if (at_ != from)
-                append(from, static_cast<std::size_t>(at_ - from));
-            if (at_ != end_)
-                return;
+            if (at_ != from) append(from, static_cast<std::size_t>(at_ - from));
+            if (at_ != end_) return;
             refill();
-            if (at_ == end_)
-                return;
+            if (at_ == end_) return;
         }
     }
     Position position() override;
@@ -81,13 +81,14 @@ class JsonStream final : public Locator {
     std::unique_ptr<char[]> buffer_;
     char* at_;
     char* end_;
-    char const* token_;
-    std::string rest_;      ///< bytes that wait for their continuation
-    std::size_t base_ = 0;  ///< characters handed out before this buffer
+    char const* token_;    ///< where the present one begins, null when that was in an earlier buffer
+    Position before_;      ///< where it was then
+    std::string rest_;     ///< bytes that wait for their continuation
+    std::size_t base_ = 0; ///< characters handed out before this buffer
     bool last_ = false;
-    char const* counted_;   ///< lines are counted up to here
+    char const* counted_; ///< lines are counted up to here
     std::uint32_t line_ = 1;
-    std::uint32_t column_ = 1; ///< of `counted_`
+    std::uint32_t column_ = 1;          ///< of `counted_`
     std::vector<char const*> replaced_; ///< behind which three bytes fewer stand than in the text
 };
 

@@ -17,25 +17,13 @@ namespace {
 using schema::ClassTable;
 using schema::PropertyRow;
 
-std::string quote(std::string_view text) {
-    constexpr std::size_t longest = 80; // what follows helps nobody
-    std::string result = "'";
-    if (text.size() <= longest)
-        return result.append(text) += "'";
-    std::size_t end = longest;
-    while ((text[end] & 0xC0) == 0x80)
-        --end;
-    return result.append(text.substr(0, end)) += "...'";
-}
-
 } // namespace
 
 ReadPlan::ReadPlan(ClassTable const& table)
     : table_(table), fields_([&] {
           std::vector<ReadField> fields;
           for (std::size_t i = 1; i < table.count; ++i)
-              if (isText(*table.stored[i]))
-                  fields.push_back({stepOf(*table.stored[i]), table.stored[i]});
+              if (isText(*table.stored[i])) fields.push_back({stepOf(*table.stored[i]), table.stored[i]});
           return fields;
       }()),
       names_([&] {
@@ -80,8 +68,7 @@ void ModelReader::warn(std::string const& message) {
 // The document.
 
 void ModelReader::checkFormat(std::string_view name) {
-    if (name != formatName)
-        fail("the format " + quote(name) + " is not known", quote(formatName));
+    if (name != formatName) fail("the format " + quote(name) + " is not known", quote(formatName));
 }
 
 void ModelReader::checkVersion(std::string_view version) {
@@ -90,10 +77,12 @@ void ModelReader::checkVersion(std::string_view version) {
     char const* const end = version.data() + version.size();
     auto const [dot, first] = std::from_chars(version.data(), end, major);
     if (first != std::errc() || dot == end || *dot != '.')
-        fail(quote(version) + " is no version", "two numbers with a dot between them, such as " + quote(formatVersion));
+        fail(quote(version) + " is no version",
+             "two numbers with a dot between them, such as " + quote(formatVersion));
     auto const [rest, second] = std::from_chars(dot + 1, end, minor);
     if (second != std::errc() || rest != end)
-        fail(quote(version) + " is no version", "two numbers with a dot between them, such as " + quote(formatVersion));
+        fail(quote(version) + " is no version",
+             "two numbers with a dot between them, such as " + quote(formatVersion));
     if (major != formatMajor)
         fail("the text is of version " + std::string(version) + ", which this reader does not know",
              "version " + std::to_string(formatMajor) + ".x");
@@ -117,7 +106,8 @@ ReadPlan const& ModelReader::classNamed(std::string_view name) {
         fail("NoSuchType: " + brant0::messages::NoSuchType(name).format() + suggestion(name, names));
     }
     if (plan->table().isAbstract)
-        fail("the class " + quote(name) + " is abstract: it has no elements of its own", "one of its subclasses");
+        fail("the class " + quote(name) + " is abstract: it has no elements of its own",
+             "one of its subclasses");
     return *plan;
 }
 
@@ -130,14 +120,14 @@ uuid ModelReader::identity(std::string_view text) {
 
 void ModelReader::requireFit(ClassTable const& table, PropertyRow const& row) {
     if (!table.conformsTo(*row.target))
-        fail("CannotAddIncompatibleTypes: an element of type '" + std::string(table.shortName) + "' cannot stand in " +
-                 described(),
+        fail("CannotAddIncompatibleTypes: an element of type " + quote(table.shortName) +
+                 " cannot stand in " + described(),
              "a " + std::string(row.target->shortName));
 }
 
 std::string ModelReader::described() const {
     Frame const& frame = frames_.back();
-    return "'" + std::string(frame.plan->table().shortName) + "." + frame.field->row->name + "'";
+    return quote(std::string(frame.plan->table().shortName) + "." + frame.field->row->name);
 }
 
 void ModelReader::requireSingle() {
@@ -157,8 +147,7 @@ void ModelReader::beginElement(ReadPlan const& plan, std::string_view identityTe
         requireSingle();
     }
     uuid const id = identity(identityText);
-    if (id.is_nil())
-        fail("the nil UUID is no identity of an element");
+    if (id.is_nil()) fail("the nil UUID is no identity of an element");
     ModelElementImpl* element = plan.table().construct(&model_, id);
     Core::announce(*element);
     begins_.push_back(position());
@@ -170,8 +159,7 @@ void ModelReader::endElement() {
     Frame const frame = frames_.back();
     frames_.pop_back();
     seen_.resize(seen_.size() - frame.plan->words());
-    if (!frames_.empty())
-        contain(frames_.back(), *frame.element);
+    if (!frames_.empty()) contain(frames_.back(), *frame.element);
 }
 
 void ModelReader::contain(Frame const& owner, ModelElementImpl& child) {
@@ -180,8 +168,8 @@ void ModelReader::contain(Frame const& owner, ModelElementImpl& child) {
         // Only now is the key known.
         std::u16string const& key = MapMembers::key(row, child);
         if (Core::field<ReferenceMap>(*owner.element, row).entries().count(key) != 0)
-            fail("UniquenessConstraint: another element of " + described() + " has the " + row.related->name + " " +
-                 quote(toUtf8(key)));
+            fail("UniquenessConstraint: another element of " + described() + " has the " + row.related->name +
+                 " " + quote(toUtf8(key)));
     }
     Core::contain(*owner.element, row, child, Core::append);
 }
@@ -219,16 +207,15 @@ void ModelReader::refuseProperty(ClassTable const& table, std::string_view name)
         ClassTable const& at = *table.chain[level];
         for (std::uint16_t i = 0; i < at.rowCount; ++i) {
             PropertyRow const& row = at.rows[i];
-            if (row.name != name)
-                continue;
+            if (row.name != name) continue;
             if (row.kind == schema::PropertyKind::ContainerEnd)
                 fail("the property " + quote(name) + " is the owner of the element, which the nesting says");
             fail("the property " + quote(name) + " is computed and stands in no text");
         }
     }
-    std::string message = "NoSuchProperty: " + brant0::messages::NoSuchProperty(name, std::string_view(table.shortName)).format();
-    if (later_)
-        return warn(message + " It is skipped.");
+    std::string message = "NoSuchProperty: " +
+                          brant0::messages::NoSuchProperty(name, std::string_view(table.shortName)).format();
+    if (later_) return warn(message + " It is skipped.");
     fail(message + suggestion(name, frames_.back().plan->names()));
 }
 
@@ -240,7 +227,8 @@ void ModelReader::reference(std::string_view text) {
     requireSingle();
     OpenReference open{frame.element, frame.field, identity(text), nullptr, 0, position()};
     if (step == Step::ChildList)
-        open.slot = static_cast<std::uint32_t>(Core::sequence(*frame.element, *frame.field->row).size()) + frame.slots++;
+        open.slot = static_cast<std::uint32_t>(Core::sequence(*frame.element, *frame.field->row).size()) +
+                    frame.slots++;
     references_.push_back(open);
 }
 

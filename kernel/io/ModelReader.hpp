@@ -24,7 +24,8 @@ struct Position {
 class Locator {
   public:
     virtual ~Locator() = default;
-    /// \returns where the token begins that is being read. Its cost is linear in the text since the last call at most.
+    /// \returns where the token begins that is being read. Its cost is linear in the text since the last call
+    /// at most.
     [[nodiscard]] virtual Position position() = 0;
 };
 
@@ -115,12 +116,14 @@ class ModelReader {
         ModelElementImpl* owner;
         ReadField const* field;
         uuid target;
-        ModelElementImpl* proxy;  ///< a placeholder that only has to wait for its turn
-        std::uint32_t slot;       ///< in an owning list
+        ModelElementImpl* proxy; ///< a placeholder that only has to wait for its turn
+        std::uint32_t slot;      ///< in an owning list
         Position position;
     };
 
-    [[nodiscard]] Position position() const { return locator_ == nullptr ? Position{} : locator_->position(); }
+    [[nodiscard]] Position position() const {
+        return locator_ == nullptr ? Position{} : locator_->position();
+    }
     [[nodiscard]] uuid identity(std::string_view text);
     void requireSingle();
     void requireFit(schema::ClassTable const& table, schema::PropertyRow const& row);

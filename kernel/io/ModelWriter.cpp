@@ -6,7 +6,8 @@
 
 namespace brant::zero::io {
 
-ContentEntries entriesOf(Body const& owner, schema::PropertyRow const& row, ReferenceSequence const& members) {
+ContentEntries entriesOf(Body const& owner, schema::PropertyRow const& row,
+                         ReferenceSequence const& members) {
     ContentEntries entries;
     entries.reserve(members.size());
     std::unordered_set<Body const*> seen;
@@ -22,8 +23,7 @@ ContentEntries entriesOf(ReferenceMap const& members) {
     ContentEntries entries;
     std::vector<std::pair<ProxyId, Body const*>> proxies;
     for (ModelElement const& member : members.getAllValuesAndProxies()) {
-        if (!member)
-            continue;
+        if (!member) continue;
         if (member.get()->isProxy())
             proxies.emplace_back(member.get()->getProxyId(), member.get());
         else

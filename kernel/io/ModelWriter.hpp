@@ -26,7 +26,8 @@ struct ContentEntry {
 };
 using ContentEntries = std::vector<ContentEntry>;
 
-/// \returns the places of an owning sequence: the first one of each element that is contained there is nested.
+/// \returns the places of an owning sequence: the first one of each element that is contained there is
+/// nested.
 ContentEntries entriesOf(Body const& owner, schema::PropertyRow const& row, ReferenceSequence const& members);
 /// \returns the members of a map in the order of their keys, then its placeholders in the order of their ids.
 ContentEntries entriesOf(ReferenceMap const& members);
@@ -62,14 +63,14 @@ class ModelWriter {
         Body const* element;
         WritePlan const* plan;
         std::uint32_t field = 0;
-        bool inList = false;   ///< the present field is a list that is being written
-        bool first = true;     ///< nothing of that list is written yet
-        bool hidden = false;   ///< an inline value is still to be written as content
-        bool inside = false;   ///< the present field is a single child that has been written
+        bool inList = false; ///< the present field is a list that is being written
+        bool first = true;   ///< nothing of that list is written yet
+        bool hidden = false; ///< an inline value is still to be written as content
+        bool inside = false; ///< the present field is a single child that has been written
         std::size_t item = 0;
         std::size_t count = 0;
-        Body const* const* slots = nullptr; ///< of a list whose places are all nested
-        std::unique_ptr<ContentEntries> entries; ///< of any other
+        Body const* const* slots = nullptr;        ///< of a list whose places are all nested
+        std::unique_ptr<ContentEntries> entries{}; ///< of any other
     };
 
     void open(Body const& element) {
@@ -81,8 +82,7 @@ class ModelWriter {
     void walk() {
         while (!stack_.empty()) {
             Frame& frame = stack_.back();
-            if (advance(frame))
-                continue; // a child was opened; the frame may have moved
+            if (advance(frame)) continue; // a child was opened; the frame may have moved
             form_.endElement(*frame.plan);
             stack_.pop_back();
         }
@@ -92,18 +92,15 @@ class ModelWriter {
     bool advance(Frame& frame) {
         std::vector<WriteField> const& fields = frame.plan->fields;
         for (; frame.field < fields.size(); ++frame.field) {
-            if (frame.field == frame.plan->inlineFields && frame.hidden)
-                writeHidden(frame);
+            if (frame.field == frame.plan->inlineFields && frame.hidden) writeHidden(frame);
             WriteField const& field = fields[frame.field];
             if (field.step >= Step::Child) {
-                if (advanceContent(frame, field))
-                    return true;
+                if (advanceContent(frame, field)) return true;
             } else if (!writeValue(*frame.element, field)) {
                 frame.hidden = true;
             }
         }
-        if (frame.hidden && frame.plan->inlineFields == fields.size())
-            writeHidden(frame);
+        if (frame.hidden && frame.plan->inlineFields == fields.size()) writeHidden(frame);
         return false;
     }
 
@@ -132,13 +129,12 @@ class ModelWriter {
 
     /// Writes the present field's children up to the next nested one. \returns true when that one was opened.
     bool advanceContent(Frame& frame, WriteField const& field) {
-        if (field.step == Step::Child)
-            return advanceChild(frame, field);
-        if (!frame.inList && !beginList(frame, field))
-            return false;
+        if (field.step == Step::Child) return advanceChild(frame, field);
+        if (!frame.inList && !beginList(frame, field)) return false;
         while (frame.item < frame.count) {
             std::size_t const i = frame.item++;
-            ContentEntry const entry = frame.slots != nullptr ? ContentEntry{frame.slots[i], true} : (*frame.entries)[i];
+            ContentEntry const entry =
+                frame.slots != nullptr ? ContentEntry{frame.slots[i], true} : (*frame.entries)[i];
             form_.listItem(std::exchange(frame.first, false), entry.nested);
             if (entry.nested) {
                 open(*entry.element);
@@ -159,8 +155,7 @@ class ModelWriter {
             return false;
         }
         Body const* child = at<Body*>(*frame.element, field);
-        if (!isWritten(child))
-            return false;
+        if (!isWritten(child)) return false;
         form_.beginChild(field);
         if (isNested(*frame.element, *field.row, *child)) {
             frame.inside = true;
@@ -184,13 +179,13 @@ class ModelWriter {
         frame.item = 0;
         frame.slots = nullptr;
         if (field.step == Step::ChildMap) {
-            frame.entries = std::make_unique<ContentEntries>(entriesOf(at<ReferenceMap>(*frame.element, field)));
+            frame.entries =
+                std::make_unique<ContentEntries>(entriesOf(at<ReferenceMap>(*frame.element, field)));
             frame.count = frame.entries->size();
         } else {
             auto const& members = at<ReferenceSequence>(*frame.element, field);
             frame.count = members.size();
-            if (frame.count == 0)
-                return false;
+            if (frame.count == 0) return false;
             if (members.orderedByKey()) {
                 frame.slots = members.slots();
             } else {
@@ -199,8 +194,7 @@ class ModelWriter {
                 frame.count = frame.entries->size();
             }
         }
-        if (frame.count == 0)
-            return false;
+        if (frame.count == 0) return false;
         frame.inList = true;
         frame.first = true;
         form_.beginList(field);
@@ -216,7 +210,8 @@ class ModelWriter {
         return skipDefaults_ && bits == field.defaultBits;
     }
 
-    /// Writes a value or a list without children. \returns false when it has to wait for the element's content.
+    /// Writes a value or a list without children. \returns false when it has to wait for the element's
+    /// content.
     bool writeValue(Body const& element, WriteField const& field) {
         switch (field.step) {
         case Step::Boolean:
@@ -232,7 +227,8 @@ class ModelWriter {
                 form_.number(field, std::uint64_t{value});
             return true;
         case Step::Integer64:
-            if (auto const value = at<std::int64_t>(element, field); !isDefault(static_cast<std::uint64_t>(value), field))
+            if (auto const value = at<std::int64_t>(element, field);
+                !isDefault(static_cast<std::uint64_t>(value), field))
                 form_.number(field, value);
             return true;
         case Step::Natural64:
@@ -248,11 +244,13 @@ class ModelWriter {
                 form_.literal(field, nameOf(*field.row->enumeration, value));
             return true;
         case Step::String:
-            if (auto const& text = at<std::u16string>(element, field); !skipDefaults_ || text != field.defaultText)
+            if (auto const& text = at<std::u16string>(element, field);
+                !skipDefaults_ || text != field.defaultText)
                 return form_.text(field, text);
             return true;
         case Step::StdString:
-            if (auto const& text = at<std::string>(element, field); !skipDefaults_ || text != field.defaultBytes)
+            if (auto const& text = at<std::string>(element, field);
+                !skipDefaults_ || text != field.defaultBytes)
                 return form_.text(field, text);
             return true;
         case Step::Reference:
@@ -266,10 +264,8 @@ class ModelWriter {
     static std::uint64_t word(std::int32_t value) noexcept { return static_cast<std::uint32_t>(value); }
 
     bool writeReference(WriteField const& field, Body const* target) {
-        if (!isWritten(target))
-            return true;
-        if (target->isProxy())
-            return form_.proxy(field, *target);
+        if (!isWritten(target)) return true;
+        if (target->isProxy()) return form_.proxy(field, *target);
         form_.reference(field, target->uuid());
         return true;
     }
@@ -290,8 +286,7 @@ class ModelWriter {
     template <class T>
     void writeValues(Body const& element, WriteField const& field) {
         auto const& values = at<PrimitiveSequence<T>>(element, field);
-        if (values.size() == 0)
-            return;
+        if (values.size() == 0) return;
         form_.beginList(field);
         bool first = true;
         for (T const& value : values)
@@ -303,19 +298,17 @@ class ModelWriter {
         bool first = true;
         for (std::size_t i = 0; i < targets.size(); ++i) {
             Body const* target = targets.slot(i);
-            if (!isWritten(target))
-                continue;
-            if (first)
-                form_.beginList(field);
+            if (!isWritten(target)) continue;
+            if (first) form_.beginList(field);
             form_.listItem(std::exchange(first, false), false);
             writeReferenceItem(*target);
         }
-        if (!first)
-            form_.endList(field);
+        if (!first) form_.endList(field);
     }
 
     static std::string_view nameOf(schema::EnumTable const& type, std::int64_t value) noexcept {
-        // In name order, as literals are walked everywhere: of two names for a number the first in that order counts.
+        // In name order, as literals are walked everywhere: of two names for a number the first in that order
+        // counts.
         schema::LiteralRow const* found = nullptr;
         for (std::uint16_t i = 0; i < type.literalCount; ++i)
             if (schema::LiteralRow const& literal = type.literals[i];
@@ -333,8 +326,7 @@ class ModelWriter {
 /// Writes a whole model in one form.
 template <class Form>
 void writeText(Model const& model, SerializationOutput const& output, SerializeCustomizer const& customizer) {
-    if (!model)
-        reportException(brant0::messages::CannotCreateWithoutModel());
+    if (!model) reportException(brant0::messages::CannotCreateWithoutModel());
     Sink& sink = output.sink();
     sink.begin();
     TextBuffer buffer(sink);

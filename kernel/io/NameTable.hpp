@@ -21,15 +21,13 @@ class NameTable {
     /// \requires the names to outlive the table.
     explicit NameTable(std::vector<Entry> const& entries) : slots_(std::bit_ceil(entries.size() * 2 + 2)) {
         for (Entry const& entry : entries)
-            if (find(entry.name) == nullptr)
-                slotFor(entry.name) = entry;
+            if (find(entry.name) == nullptr) slotFor(entry.name) = entry;
     }
 
     [[nodiscard]] T const* find(std::string_view name) const noexcept {
         for (std::size_t i = hash(name);; ++i) {
             Entry const& entry = slots_[i & (slots_.size() - 1)];
-            if (entry.value == nullptr || entry.name == name)
-                return entry.value;
+            if (entry.value == nullptr || entry.name == name) return entry.value;
         }
     }
 

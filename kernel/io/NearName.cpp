@@ -33,10 +33,19 @@ std::size_t distance(std::string_view a, std::string_view b) {
 
 } // namespace
 
+std::string quote(std::string_view text) {
+    constexpr std::size_t longest = 80;
+    std::string result("'");
+    if (text.size() <= longest) return result.append(text).append("'");
+    std::size_t end = longest;
+    while ((text[end] & 0xC0) == 0x80)
+        --end;
+    return result.append(text.substr(0, end)).append("...'");
+}
+
 std::string_view nearName(std::string_view name, std::vector<std::string_view> const& names) {
     constexpr std::size_t longestName = 128; // longer ones are no misspellings, and the effort is quadratic
-    if (name.size() > longestName)
-        return {};
+    if (name.size() > longestName) return {};
     std::string_view best;
     std::size_t nearest = name.size() / 3 + 1;
     for (std::string_view const candidate : names) {
@@ -54,7 +63,7 @@ std::string_view nearName(std::string_view name, std::vector<std::string_view> c
 
 std::string suggestion(std::string_view name, std::vector<std::string_view> const& names) {
     std::string_view const near = nearName(name, names);
-    return near.empty() ? std::string() : "; did you mean '" + std::string(near) + "'?";
+    return near.empty() ? std::string() : std::string("; did you mean ").append(quote(near)) + "?";
 }
 
 } // namespace brant::zero::io

@@ -1,4 +1,4 @@
-// Which of the known names a misspelled one may have meant.
+// Names in messages: quoted, and which of the known ones a misspelled one may have meant.
 #pragma once
 
 #include <string>
@@ -7,8 +7,11 @@
 
 namespace brant::zero::io {
 
-/// \returns the nearest of the names, or an empty text when none is near. The distance counts inserted, left out,
-/// changed and swapped neighbouring characters, letters without case; a third of the name may be wrong.
+/// \returns UTF-8 text between quotes, cut where it is too long to help anybody.
+[[nodiscard]] std::string quote(std::string_view text);
+
+/// \returns the nearest of the names, or an empty text when none is near. The distance counts inserted, left
+/// out, changed and swapped neighbouring characters, letters without case; a third of the name may be wrong.
 [[nodiscard]] std::string_view nearName(std::string_view name, std::vector<std::string_view> const& names);
 
 /// \returns "; did you mean 'Name'?" or nothing.

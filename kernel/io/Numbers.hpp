@@ -19,10 +19,8 @@ char* formatNumber(Number value, char* to) noexcept {
 
 /// \returns the word for a number that has no digits, or nothing.
 inline std::string_view wordFor(double value) noexcept {
-    if (std::isnan(value))
-        return "NaN";
-    if (std::isinf(value))
-        return value > 0 ? "INF" : "-INF";
+    if (std::isnan(value)) return "NaN";
+    if (std::isinf(value)) return value > 0 ? "INF" : "-INF";
     return {};
 }
 

@@ -12,8 +12,7 @@ void Parser::parseFile(std::u16string const& path, UpdateModelURI update) {
     std::string const name = toFilePath(path);
     std::unique_ptr<TextSource> const source = openTextSource(name);
     parse(name, *source);
-    if (update != UpdateModelURI::No)
-        modelUri_ = path;
+    if (update != UpdateModelURI::No) modelUri_ = path;
 }
 
 void Parser::parseString(std::string const& text) {
@@ -25,8 +24,7 @@ void Parser::parseString(std::u16string const& text) {
 
 void Parser::parse(std::string const& name, TextSource& source) {
     warnings_.clear();
-    if (!model_)
-        model_ = Model::create({}, ModelConstellation(), DefaultWorkQueueFactory());
+    if (!model_) model_ = Model::create({}, ModelConstellation(), DefaultWorkQueueFactory());
     std::unique_ptr<TextSource> const text = decode(source);
     Core::Level level(*model_.get());
     ModelReader reader(*this, *model_.get(), name);

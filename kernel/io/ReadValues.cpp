@@ -46,10 +46,8 @@ bool widenSurrogates(std::string_view text, std::u16string& result) {
     std::size_t done = 0;
     for (std::size_t i = 0; i + 2 < text.size(); ++i) {
         auto const at = [&](std::size_t offset) { return static_cast<unsigned char>(text[i + offset]); };
-        if (at(0) != 0xED || at(1) < 0xA0)
-            continue;
-        if (!appendUtf16(result, text.substr(done, i - done)))
-            return false;
+        if (at(0) != 0xED || at(1) < 0xA0) continue;
+        if (!appendUtf16(result, text.substr(done, i - done))) return false;
         result += static_cast<char16_t>(0xD000 | (at(1) & 0x3f) << 6 | (at(2) & 0x3f));
         i += 2;
         done = i + 1;
@@ -60,8 +58,7 @@ bool widenSurrogates(std::string_view text, std::u16string& result) {
 } // namespace
 
 void ModelReader::failKind(std::string_view text) {
-    fail("'" + std::string(text.substr(0, 40)) + "' is no value for the property " + described(),
-         std::string(wantedFor(field().step)));
+    fail(quote(text) + " is no value for the property " + described(), std::string(wantedFor(field().step)));
 }
 
 void ModelReader::requireSpelling(Spelling actual, Spelling wanted, std::string_view text) {
@@ -74,11 +71,11 @@ Number ModelReader::number(std::string_view text) {
     Number result{};
     auto const [end, code] = std::from_chars(text.data(), text.data() + text.size(), result);
     if (code == std::errc::result_out_of_range || (std::is_unsigned_v<Number> && text.starts_with('-')))
-        fail("the number " + std::string(text.substr(0, 40)) + " is out of range for the property " + described(),
+        fail("the number " + quote(text) + " is out of range for the property " + described(),
              "a number from " + std::to_string(std::numeric_limits<Number>::min()) + " to " +
                  std::to_string(std::numeric_limits<Number>::max()));
     if (code != std::errc() || end != text.data() + text.size())
-        fail("'" + std::string(text.substr(0, 40)) + "' is no whole number", "digits without fraction or exponent");
+        fail(quote(text) + " is no whole number", "digits without fraction or exponent");
     return result;
 }
 
@@ -86,18 +83,16 @@ double ModelReader::real(std::string_view text, Spelling spelling) {
     constexpr double infinity = std::numeric_limits<double>::infinity();
     if (spelling != Spelling::Number)
         for (double const special : {std::numeric_limits<double>::quiet_NaN(), infinity, -infinity})
-            if (text == wordFor(special))
-                return special;
+            if (text == wordFor(special)) return special;
     requireSpelling(spelling, Spelling::Number, text);
     double result = 0;
     std::size_t const sign = text.starts_with('-') ? 1 : 0;
     bool const digit = text.size() > sign && text[sign] >= '0' && text[sign] <= '9'; // words are not taken
     auto const [end, code] = std::from_chars(text.data(), text.data() + text.size(), result);
     if (digit && code == std::errc::result_out_of_range)
-        fail("the number " + std::string(text.substr(0, 40)) + " is out of range for the property " + described(),
+        fail("the number " + quote(text) + " is out of range for the property " + described(),
              "a number of double precision");
-    if (!digit || code != std::errc() || end != text.data() + text.size())
-        failKind(text);
+    if (!digit || code != std::errc() || end != text.data() + text.size()) failKind(text);
     return result;
 }
 
@@ -105,12 +100,10 @@ std::uint32_t ModelReader::literal(std::string_view name) {
     schema::EnumTable const& type = *field().row->enumeration;
     std::vector<std::string_view> names;
     for (std::uint16_t i = 0; i < type.literalCount; ++i)
-        if (type.literals[i].name == name)
-            return static_cast<std::uint32_t>(type.literals[i].value);
+        if (type.literals[i].name == name) return static_cast<std::uint32_t>(type.literals[i].value);
     for (std::uint16_t i = 0; i < type.literalCount; ++i)
         names.emplace_back(type.literals[i].name);
-    fail("'" + std::string(name.substr(0, 80)) + "' is no literal of the enumeration " + type.name +
-             suggestion(name, names),
+    fail(quote(name) + " is no literal of the enumeration " + type.name + suggestion(name, names),
          "the name of a literal");
 }
 
@@ -123,15 +116,13 @@ std::string ModelReader::bytes(std::string_view text) {
 std::u16string ModelReader::wide(std::string_view text) {
     std::u16string result;
     result.reserve(text.size());
-    if (!appendUtf16(result, text) && !widenSurrogates(text, result))
-        fail("the text is no valid UTF-8");
+    if (!appendUtf16(result, text) && !widenSurrogates(text, result)) fail("the text is no valid UTF-8");
     return result;
 }
 
 std::u16string ModelReader::decoded(std::string_view base64) {
     std::u16string result;
-    if (!decodeBase64(base64, result))
-        fail("the text is no base64 of UTF-16LE");
+    if (!decodeBase64(base64, result)) fail("the text is no base64 of UTF-16LE");
     return result;
 }
 
@@ -141,16 +132,14 @@ void ModelReader::value(std::string_view text, Spelling spelling) {
     schema::PropertyRow const& row = *frame.field->row;
     Step const step = frame.field->step;
     if (step == Step::Reference || step == Step::ReferenceList || step >= Step::Child) {
-        if (spelling != Spelling::Plain && spelling != Spelling::Quoted)
-            failKind(text);
+        if (spelling != Spelling::Plain && spelling != Spelling::Quoted) failKind(text);
         return reference(text);
     }
     requireSingle();
     switch (step) {
     case Step::Boolean:
         requireSpelling(spelling, Spelling::Word, text);
-        if (text != "true" && text != "false")
-            failKind(text);
+        if (text != "true" && text != "false") failKind(text);
         return Core::setBoolean(element, row, text == "true");
     case Step::Real:
         return Core::setReal(element, row, real(text, spelling));
@@ -202,15 +191,12 @@ void ModelReader::encodedValue(std::string_view base64) {
     requireSingle();
     if (!narrow) {
         std::u16string units = decoded(base64);
-        if (step == Step::String)
-            return Core::setString(element, row, std::move(units));
+        if (step == Step::String) return Core::setString(element, row, std::move(units));
         return Core::field<PrimitiveSequence<std::u16string>>(element, row).push_back(std::move(units));
     }
     std::string bytes;
-    if (!decodeBase64(base64, bytes))
-        fail("the text of " + described() + " is no base64");
-    if (step == Step::StdString)
-        return Core::setStdString(element, row, std::move(bytes));
+    if (!decodeBase64(base64, bytes)) fail("the text of " + described() + " is no base64");
+    if (step == Step::StdString) return Core::setStdString(element, row, std::move(bytes));
     Core::field<PrimitiveSequence<std::string>>(element, row).push_back(std::move(bytes));
 }
 

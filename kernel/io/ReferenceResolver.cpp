@@ -1,5 +1,6 @@
 #include "ReferenceResolver.hpp"
 
+#include "NearName.hpp"
 #include "brant/zero/ReferenceSequence.hpp"
 
 #include <algorithm>
@@ -27,7 +28,8 @@ void ReferenceResolver::index() {
     std::vector<ModelElementImpl*> const& elements = reader_.model_.elements();
     slots_.assign(std::bit_ceil(elements.size() + elements.size() / 2 + 2), Slot{0, 0});
     std::size_t const mask = slots_.size() - 1;
-    // Elements that were there before come first in the list: of two with one identity the later one is at fault.
+    // Elements that were there before come first in the list: of two with one identity the later one is at
+    // fault.
     std::uint64_t hashes[ahead];
     for (std::size_t i = 0; i < elements.size() + ahead; ++i) {
         if (i >= ahead) {
@@ -66,17 +68,18 @@ ModelElementImpl& ReferenceResolver::targetOf(OpenReference const& reference) co
     ModelElementImpl* target = find(reference.target);
     schema::PropertyRow const& row = *reference.field->row;
     auto const property = [&] {
-        return "'" + std::string(reference.owner->classTable().shortName) + "." + row.name + "'";
+        return quote(std::string(reference.owner->classTable().shortName) + "." + row.name);
     };
     if (target == nullptr)
         reader_.failAt(reference.position,
-                       property() + " refers to " + toString(reference.target) + ", which the text does not hold",
+                       property() + " refers to " + toString(reference.target) +
+                           ", which the text does not hold",
                        "the identity of an element, or a placeholder for one elsewhere");
     if (!target->classTable().conformsTo(*row.target))
         reader_.failAt(reference.position,
-                       property() + " refers to " + toString(reference.target) + ", which is of the class '" +
-                           target->classTable().shortName + "'",
-                       "an element of the class '" + std::string(row.target->shortName) + "'");
+                       property() + " refers to " + toString(reference.target) + ", which is of the class " +
+                           quote(target->classTable().shortName),
+                       "an element of the class " + quote(row.target->shortName));
     return *target;
 }
 
@@ -94,8 +97,8 @@ void ReferenceResolver::bind(OpenReference const& reference) {
     }
 }
 
-/// An owning list that names an element which it does not contain, or not in that place: it is made anew, without a
-/// word to the elements.
+/// An owning list that names an element which it does not contain, or not in that place: it is made anew,
+/// without a word to the elements.
 void ReferenceResolver::bindSlots() {
     // References of one list need not follow each other: what stands between them may have such lists, too.
     std::stable_sort(owned_.begin(), owned_.end(), [](auto const& a, auto const& b) {
@@ -105,7 +108,8 @@ void ReferenceResolver::bindSlots() {
         ModelElementImpl& owner = *owned_[i].first.owner;
         schema::PropertyRow const& row = *owned_[i].first.field->row;
         auto const isHere = [&](std::size_t at) {
-            return at < owned_.size() && owned_[at].first.owner == &owner && owned_[at].first.field->row == &row;
+            return at < owned_.size() && owned_[at].first.owner == &owner &&
+                   owned_[at].first.field->row == &row;
         };
         ReferenceSequence& members = Core::sequence(owner, row);
         std::vector<ModelElement> const nested = members.getAllValuesAndProxies();

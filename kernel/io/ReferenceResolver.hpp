@@ -11,7 +11,8 @@ namespace brant::zero::io {
 class ReferenceResolver {
   public:
     explicit ReferenceResolver(ModelReader& reader) noexcept : reader_(reader) {}
-    /// \throws ParseError for an identity given twice, and for a reference without target or with one of a wrong class.
+    /// \throws ParseError for an identity given twice, and for a reference without target or with one of a
+    /// wrong class.
     void resolve();
 
   private:

@@ -26,12 +26,10 @@ class Utf16Sink final : public Sink {
         std::size_t const lookBack = whole < 3 ? 0 : whole - 3;
         for (std::size_t i = whole; i > lookBack; --i) {
             auto const byte = static_cast<unsigned char>(rest_[i - 1]);
-            if (byte < 0x80)
-                break;
+            if (byte < 0x80) break;
             if (byte >= 0xC0) {
                 std::size_t const length = byte >= 0xF0 ? 4 : byte >= 0xE0 ? 3 : 2;
-                if (i - 1 + length > rest_.size())
-                    whole = i - 1;
+                if (i - 1 + length > rest_.size()) whole = i - 1;
                 break;
             }
         }

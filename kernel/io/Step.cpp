@@ -32,8 +32,7 @@ Step scalarStep(ValueKind kind) noexcept {
 }
 
 Step listStep(ValueKind kind) noexcept {
-    if (kind == ValueKind::String)
-        return Step::StringList;
+    if (kind == ValueKind::String) return Step::StringList;
     return kind == ValueKind::StdString ? Step::StdStringList : Step::IntegerList;
 }
 

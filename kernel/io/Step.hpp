@@ -30,7 +30,8 @@ enum class Step : std::uint8_t {
 
 [[nodiscard]] Step stepOf(schema::PropertyRow const& row) noexcept;
 
-/// \returns whether texts have the property: container ends follow from the nesting, what has no index is computed.
+/// \returns whether texts have the property: container ends follow from the nesting, what has no index is
+/// computed.
 [[nodiscard]] inline bool isText(schema::PropertyRow const& row) noexcept {
     return row.stored() && row.kind != schema::PropertyKind::ContainerEnd &&
            row.valueKind != schema::ValueKind::Datatype;

@@ -23,10 +23,8 @@ enum TextBits : unsigned {
 
 inline unsigned classify(char character) noexcept {
     auto const byte = static_cast<unsigned char>(character);
-    if (byte < 0x20)
-        return ControlBit;
-    if (byte >= 0x80)
-        return BeyondBit;
+    if (byte < 0x20) return ControlBit;
+    if (byte >= 0x80) return BeyondBit;
     switch (character) {
     case '"':
         return QuoteBit;

@@ -77,8 +77,7 @@ constexpr std::size_t longestUnit = 7; // a held surrogate and the unit after it
 class Utf16Source final : public TextSource {
   public:
     explicit Utf16Source(std::u16string_view text) noexcept : rest_(text) {
-        if (rest_.starts_with(u'\uFEFF'))
-            rest_.remove_prefix(1);
+        if (rest_.starts_with(u'\uFEFF')) rest_.remove_prefix(1);
     }
     std::size_t read(char* to, std::size_t size) override {
         char* at = to;
@@ -86,8 +85,7 @@ class Utf16Source final : public TextSource {
         while (used < rest_.size() && static_cast<std::size_t>(to + size - at) >= longestUnit)
             at = narrower_.put(rest_[used++], at);
         rest_.remove_prefix(used);
-        if (rest_.empty())
-            at = narrower_.end(at);
+        if (rest_.empty()) at = narrower_.end(at);
         return static_cast<std::size_t>(at - to);
     }
     [[nodiscard]] bool forcesUtf8() const noexcept override { return true; }
@@ -99,19 +97,17 @@ class Utf16Source final : public TextSource {
 
 class FileSource final : public TextSource {
   public:
-    explicit FileSource(std::string const& path) : path_(path), file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (file_ < 0)
-            fail();
+    explicit FileSource(std::string const& path)
+        : path_(path), file_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+        if (file_ < 0) fail();
     }
     ~FileSource() override { ::close(file_); }
 
     std::size_t read(char* to, std::size_t size) override {
         for (;;) {
             ssize_t const count = ::read(file_, to, size);
-            if (count >= 0)
-                return static_cast<std::size_t>(count);
-            if (errno != EINTR)
-                fail();
+            if (count >= 0) return static_cast<std::size_t>(count);
+            if (errno != EINTR) fail();
         }
     }
 
@@ -130,8 +126,7 @@ class DecodingSource final : public TextSource {
         while (head_.size() < longestMark) {
             char block[64];
             std::size_t const count = source_.read(block, sizeof block);
-            if (count == 0)
-                break;
+            if (count == 0) break;
             head_.append(block, count);
         }
         std::string_view const head = head_;
@@ -157,8 +152,7 @@ class DecodingSource final : public TextSource {
     }
 
     std::size_t readBytes(char* to, std::size_t size) {
-        if (head_.empty())
-            return source_.read(to, size);
+        if (head_.empty()) return source_.read(to, size);
         std::size_t const count = std::min(size, head_.size());
         std::memcpy(to, head_.data(), count);
         head_.erase(0, count);
@@ -173,8 +167,7 @@ class DecodingSource final : public TextSource {
             std::size_t const count = readBytes(block, std::min(sizeof block, (size - longestUnit) / 2));
             if (count == 0) {
                 at = narrower_.end(at);
-                if (pending_ >= 0)
-                    at = narrower_.put(0xDC00, at); // half a unit is no text
+                if (pending_ >= 0) at = narrower_.put(0xDC00, at); // half a unit is no text
                 pending_ = -1;
                 break;
             }

@@ -20,7 +20,8 @@ std::unique_ptr<TextSource> makeTextSource(std::string const& text);
 std::unique_ptr<TextSource> makeTextSource(std::u16string const& text);
 /// \throws FileError when the file cannot be read, now or later.
 std::unique_ptr<TextSource> openTextSource(std::string const& path);
-/// Drops a byte order mark and makes UTF-8 of UTF-16 that starts with one. Lone surrogates become what readers refuse.
+/// Drops a byte order mark and makes UTF-8 of UTF-16 that starts with one. Lone surrogates become what
+/// readers refuse.
 std::unique_ptr<TextSource> decode(TextSource& source);
 
 } // namespace brant::zero::io

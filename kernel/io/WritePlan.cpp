@@ -10,8 +10,7 @@ std::unique_ptr<WritePlan> WritePlans::make(schema::ClassTable const& table) con
     auto plan = std::make_unique<WritePlan>();
     for (std::size_t i = 1; i < table.count; ++i) {
         schema::PropertyRow const& row = *table.stored[i];
-        if (!isText(row))
-            continue;
+        if (!isText(row)) continue;
         WriteField field{stepOf(row), row.offset, &row, row.defaultBits, {}, {}, {}, {}};
         if (row.kind == schema::PropertyKind::Attribute && row.defaultText != nullptr) {
             field.defaultBytes = row.defaultText;

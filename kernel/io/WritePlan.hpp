@@ -1,5 +1,5 @@
-// What is written of each class, worked out once from its table, so that the walk over the elements asks no questions
-// of the schema.
+// What is written of each class, worked out once from its table, so that the walk over the elements asks no
+// questions of the schema.
 #pragma once
 
 #include "Step.hpp"
@@ -16,11 +16,11 @@ struct WriteField {
     Step step;
     std::uint32_t offset;
     schema::PropertyRow const* row;
-    std::uint64_t defaultBits;     ///< of a scalar
-    std::string defaultBytes;      ///< of a StdString
-    std::u16string defaultText;    ///< of a String
-    std::string key;               ///< the property's name with what the form puts around it
-    std::string end;               ///< what closes the property, for a form that has such a thing
+    std::uint64_t defaultBits;  ///< of a scalar
+    std::string defaultBytes;   ///< of a StdString
+    std::u16string defaultText; ///< of a String
+    std::string key;            ///< the property's name with what the form puts around it
+    std::string end;            ///< what closes the property, for a form that has such a thing
 };
 
 struct WritePlan {
@@ -47,8 +47,7 @@ class WritePlans {
         // Neighbours are often of one class.
         if (&table != last_) {
             std::unique_ptr<WritePlan>& plan = plans_[&table];
-            if (plan == nullptr)
-                plan = make(table);
+            if (plan == nullptr) plan = make(table);
             last_ = &table;
             lastPlan_ = plan.get();
         }

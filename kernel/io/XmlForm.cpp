@@ -41,7 +41,8 @@ bool allowed(std::string_view utf8, unsigned bits) {
                 character != '\r')
                 return false;
     if ((bits & BeyondBit) != 0)
-        for (std::size_t at = utf8.find("\xEF\xBF"); at != std::string_view::npos; at = utf8.find("\xEF\xBF", at + 1))
+        for (std::size_t at = utf8.find("\xEF\xBF"); at != std::string_view::npos;
+             at = utf8.find("\xEF\xBF", at + 1))
             if (auto const last = static_cast<unsigned char>(utf8[at + 2]); last == 0xBE || last == 0xBF)
                 return false;
     return true;
@@ -57,8 +58,8 @@ void XmlForm::spell(WritePlan& plan, schema::ClassTable const& table) const {
 void XmlForm::spell(WriteField& field) const {
     std::string const name = field.row->name;
     // Beside its inline form a value has a content form, which needs no second key: it is met rarely.
-    field.key = field.step <= Step::Reference ? " " + name + "=\"" : "<" + name;
-    field.end = "</" + name + ">";
+    field.key = field.step <= Step::Reference ? std::string(" ") + name + "=\"" : std::string("<") + name;
+    field.end = std::string("</") + name + ">";
 }
 
 void XmlForm::beginDocument() {
@@ -83,16 +84,14 @@ bool XmlForm::prepare(std::string const& value, std::string_view& utf8, unsigned
 
 bool XmlForm::prepare(std::u16string const& value, std::string_view& utf8, unsigned& bits) {
     scratch_.clear();
-    if (!appendUtf8(scratch_, value))
-        return false;
+    if (!appendUtf8(scratch_, value)) return false;
     utf8 = scratch_;
     bits = classify(utf8);
     return allowed(utf8, bits);
 }
 
 void XmlForm::putEscaped(std::string_view utf8, unsigned bits) {
-    if ((bits & (ControlBit | QuoteBit | MarkupBit)) == 0)
-        return out_.put(utf8);
+    if ((bits & (ControlBit | QuoteBit | MarkupBit)) == 0) return out_.put(utf8);
     for (std::size_t i = 0; i < utf8.size(); i += portion) {
         std::string_view const part = utf8.substr(i, portion);
         char* to = out_.room(part.size() * longestEscape);
@@ -113,8 +112,7 @@ template <class Text>
 bool XmlForm::putAttribute(std::string_view key, Text const& value) {
     std::string_view utf8;
     unsigned bits = 0;
-    if (!prepare(value, utf8, bits))
-        return false;
+    if (!prepare(value, utf8, bits)) return false;
     out_.put(key);
     putEscaped(utf8, bits);
     out_.put('"');
@@ -154,8 +152,7 @@ template <class Text>
 void XmlForm::putContentText(WriteField const& field, Text const& value) {
     std::string_view utf8;
     unsigned bits = 0;
-    if (prepare(value, utf8, bits))
-        return; // stands inline
+    if (prepare(value, utf8, bits)) return; // stands inline
     closeTag();
     putItem(field.row->name, value);
 }
@@ -163,22 +160,21 @@ void XmlForm::putContentText(WriteField const& field, Text const& value) {
 void XmlForm::proxy(ModelElementImpl const& target) {
     ProxyId const id = target.getProxyId();
     std::pair<std::string_view, std::u16string const*> const parts[] = {
-        {"model", id.model.empty() ? nullptr : &id.model}, {"element", &id.element}, {"external", id.external.get()}};
+        {"model", id.model.empty() ? nullptr : &id.model},
+        {"element", &id.element},
+        {"external", id.external.get()}};
     out_.put("<proxy class=\"");
     out_.put(target.classTable().shortName);
     out_.put('"');
     bool whole = true;
     for (auto const& [name, value] : parts)
-        if (value != nullptr)
-            whole = putAttribute(" " + std::string(name) + "=\"", *value) && whole;
-    if (whole)
-        return out_.put("/>");
+        if (value != nullptr) whole = putAttribute(std::string(" ").append(name) + "=\"", *value) && whole;
+    if (whole) return out_.put("/>");
     out_.put('>');
     for (auto const& [name, value] : parts) {
         std::string_view utf8;
         unsigned bits = 0;
-        if (value != nullptr && !prepare(*value, utf8, bits))
-            putItem(name, *value);
+        if (value != nullptr && !prepare(*value, utf8, bits)) putItem(name, *value);
     }
     out_.put("</proxy>");
 }

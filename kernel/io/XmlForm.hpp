@@ -13,8 +13,7 @@ namespace brant::zero::io {
 
 class XmlForm final : public PlanSpelling {
   public:
-    XmlForm(TextBuffer& out, std::string_view encoding) noexcept
-        : out_(out), encoding_(encoding) {}
+    XmlForm(TextBuffer& out, std::string_view encoding) noexcept : out_(out), encoding_(encoding) {}
 
     void spell(WritePlan& plan, schema::ClassTable const& table) const override;
     void spell(WriteField& field) const override;
@@ -68,8 +67,7 @@ class XmlForm final : public PlanSpelling {
     }
     void endChild(WriteField const& field) { out_.put(field.end); }
     void listItem(bool, bool nested = true) {
-        if (nested)
-            out_.put('\n');
+        if (nested) out_.put('\n');
     }
     void item(std::string const& value, bool) { putItem("item", value); }
     void item(std::u16string const& value, bool) { putItem("item", value); }
@@ -97,8 +95,7 @@ class XmlForm final : public PlanSpelling {
 
   private:
     void closeTag() {
-        if (tagOpen_)
-            out_.put('>');
+        if (tagOpen_) out_.put('>');
         tagOpen_ = false;
     }
     void identified(std::string_view before, uuid const& identity) {
@@ -112,8 +109,7 @@ class XmlForm final : public PlanSpelling {
     template <class Number>
     void putNumber(Number value) {
         if constexpr (std::is_same_v<Number, double>)
-            if (std::string_view const word = wordFor(value); !word.empty())
-                return out_.put(word);
+            if (std::string_view const word = wordFor(value); !word.empty()) return out_.put(word);
         out_.advance(formatNumber(value, out_.room(longestNumber)));
     }
     /// \returns the text as UTF-8 when XML has all its characters, with their bits.

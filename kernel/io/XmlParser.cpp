@@ -56,10 +56,14 @@ class Handler final : public Locator {
         reader.locateBy(*this);
         XML_SetUserData(parser, this);
         XML_SetElementHandler(
-            parser, [](void* self, char const* name, char const** pairs) { guarded(self, &Handler::begin, name, pairs); },
+            parser,
+            [](void* self, char const* name, char const** pairs) {
+                guarded(self, &Handler::begin, name, pairs);
+            },
             [](void* self, char const*) { guarded(self, &Handler::end); });
-        XML_SetCharacterDataHandler(
-            parser, [](void* self, char const* text, int size) { guarded(self, &Handler::characters, text, size); });
+        XML_SetCharacterDataHandler(parser, [](void* self, char const* text, int size) {
+            guarded(self, &Handler::characters, text, size);
+        });
         XML_SetStartDoctypeDeclHandler(parser, [](void* self, char const*, char const*, char const*, int) {
             guarded(self, &Handler::doctype);
         });
@@ -74,8 +78,7 @@ class Handler final : public Locator {
         auto const line = static_cast<std::uint32_t>(XML_GetCurrentLineNumber(parser_));
         if (context != nullptr)
             for (int i = offset; i > 0; --i)
-                if (context[i - 1] == '\n')
-                    return {line, static_cast<std::uint32_t>(offset - i + 1)};
+                if (context[i - 1] == '\n') return {line, static_cast<std::uint32_t>(offset - i + 1)};
         // The line is longer than what is kept of it, or the first one: Expat counts its characters.
         return {line, static_cast<std::uint32_t>(XML_GetCurrentColumnNumber(parser_) + 1)};
     }
@@ -85,8 +88,7 @@ class Handler final : public Locator {
     template <class... Parameters, class... Arguments>
     static void guarded(void* self, void (Handler::*handle)(Parameters...), Arguments... arguments) {
         auto& handler = *static_cast<Handler*>(self);
-        if (handler.failure_ != nullptr)
-            return;
+        if (handler.failure_ != nullptr) return;
         try {
             (handler.*handle)(arguments...);
         } catch (...) {
@@ -101,8 +103,7 @@ class Handler final : public Locator {
         reader_.enterLevel();
         std::string_view const name = localName(tag);
         Attributes attributes(pairs);
-        if (in_.empty())
-            return beginDocument(name, attributes);
+        if (in_.empty()) return beginDocument(name, attributes);
         switch (in_.back()) {
         case In::Document:
             return beginElement(name, attributes);
@@ -115,13 +116,13 @@ class Handler final : public Locator {
         case In::Skipped:
             return in_.push_back(In::Skipped);
         default:
-            reader_.fail("the element <" + std::string(name) + "> stands where only text can", "the end of the element");
+            reader_.fail("the element <" + std::string(name) + "> stands where only text can",
+                         "the end of the element");
         }
     }
 
     void beginDocument(std::string_view name, Attributes attributes) {
-        if (name != "model")
-            reader_.fail("the root element is <" + std::string(name) + ">", "<model>");
+        if (name != "model") reader_.fail("the root element is <" + std::string(name) + ">", "<model>");
         in_.push_back(In::Document);
         std::string_view format;
         std::string_view version;
@@ -135,8 +136,7 @@ class Handler final : public Locator {
                 version = at.value();
                 hasVersion = true;
             }
-        if (!hasFormat)
-            reader_.fail("the root element does not name its format", "the attribute 'format'");
+        if (!hasFormat) reader_.fail("the root element does not name its format", "the attribute 'format'");
         reader_.checkFormat(format);
         if (!hasVersion)
             reader_.fail("the root element does not name its version", "the attribute 'version'");
@@ -148,9 +148,8 @@ class Handler final : public Locator {
 
     /// An attribute of a later version is skipped.
     void refuseAttribute(std::string_view element, std::string_view name) {
-        std::string const message = "<" + std::string(element) + "> has no attribute '" + std::string(name) + "'";
-        if (!reader_.skipsUnknown())
-            reader_.fail(message);
+        std::string const message = "<" + std::string(element) + "> has no attribute " + quote(name);
+        if (!reader_.skipsUnknown()) reader_.fail(message);
         reader_.warn(message + ". It is skipped.");
     }
 
@@ -164,23 +163,19 @@ class Handler final : public Locator {
         reader_.beginElement(plan, identity.value());
         in_.push_back(In::Element);
         for (; !attributes.done(); attributes.next()) {
-            if (attributes.name() == "uuid")
-                continue;
+            if (attributes.name() == "uuid") continue;
             ReadField const* field = reader_.beginProperty(attributes.name());
-            if (field == nullptr)
-                continue;
+            if (field == nullptr) continue;
             if (field->step > Step::Reference)
-                reader_.fail("the property '" + std::string(attributes.name()) + "' is an attribute", "an element");
+                reader_.fail("the property " + quote(attributes.name()) + " is an attribute", "an element");
             reader_.value(attributes.value(), Spelling::Plain);
         }
     }
 
     void beginProperty(std::string_view name, Attributes attributes) {
         ReadField const* field = reader_.beginProperty(name);
-        if (field == nullptr)
-            return in_.push_back(In::Skipped);
-        if (field->step < Step::Reference)
-            return beginText(name, attributes);
+        if (field == nullptr) return in_.push_back(In::Skipped);
+        if (field->step < Step::Reference) return beginText(name, attributes);
         noAttributes(name, attributes);
         in_.push_back(In::Property);
     }
@@ -192,7 +187,7 @@ class Handler final : public Locator {
             if (attributes.name() != "encoding")
                 refuseAttribute(name, attributes.name());
             else if (attributes.value() != "base64")
-                reader_.fail("the encoding '" + std::string(attributes.value()) + "' is not known", "'base64'");
+                reader_.fail("the encoding " + quote(attributes.value()) + " is not known", "'base64'");
             else
                 encoded_ = true;
         }
@@ -206,13 +201,11 @@ class Handler final : public Locator {
 
     void beginInProperty(std::string_view name, Attributes attributes) {
         Step const step = reader_.field().step;
-        bool const values = step == Step::IntegerList || step == Step::StringList || step == Step::StdStringList;
-        if (name == "ref" && !values)
-            return beginReference(attributes);
-        if (name == "proxy" && !values)
-            return beginProxy(attributes);
-        if (name == "item" && values)
-            return beginText(name, attributes);
+        bool const values =
+            step == Step::IntegerList || step == Step::StringList || step == Step::StdStringList;
+        if (name == "ref" && !values) return beginReference(attributes);
+        if (name == "proxy" && !values) return beginProxy(attributes);
+        if (name == "item" && values) return beginText(name, attributes);
         if (values)
             reader_.fail("the element <" + std::string(name) + "> stands in a list of values", "<item>");
         beginElement(name, attributes);
@@ -227,8 +220,7 @@ class Handler final : public Locator {
                 reader_.reference(attributes.value());
                 found = true;
             }
-        if (!found)
-            reader_.fail("the reference names no target", "the attribute 'uuid'");
+        if (!found) reader_.fail("the reference names no target", "the attribute 'uuid'");
         in_.push_back(In::Leaf);
     }
 
@@ -243,8 +235,7 @@ class Handler final : public Locator {
                 setProxyPart(part, reader_.wide(attributes.value()));
             else
                 refuseAttribute("proxy", attributes.name());
-        if (proxyPlan_ == nullptr)
-            reader_.fail("the placeholder names no class", "the attribute 'class'");
+        if (proxyPlan_ == nullptr) reader_.fail("the placeholder names no class", "the attribute 'class'");
         in_.push_back(In::Proxy);
     }
 
@@ -258,8 +249,7 @@ class Handler final : public Locator {
     }
 
     void setProxyPart(unsigned part, std::u16string text) {
-        if ((proxyParts_ & 1u << part) != 0)
-            reader_.fail("a part of the placeholder stands twice");
+        if ((proxyParts_ & 1u << part) != 0) reader_.fail("a part of the placeholder stands twice");
         proxyParts_ |= 1u << part;
         if (part == 2)
             proxy_.external = std::make_shared<std::u16string>(std::move(text));
@@ -270,7 +260,7 @@ class Handler final : public Locator {
     void beginProxyPart(std::string_view name, Attributes attributes) {
         part_ = partNamed(name);
         if (part_ == parts)
-            reader_.fail("a placeholder has no part '" + std::string(name) + "'", "'model', 'element' or 'external'");
+            reader_.fail("a placeholder has no part " + quote(name), "'model', 'element' or 'external'");
         beginText(name, attributes);
         in_.back() = In::ProxyPart;
     }
@@ -321,7 +311,8 @@ class Handler final : public Locator {
     std::string message = XML_ErrorString(XML_GetErrorCode(parser));
     switch (XML_GetErrorCode(parser)) {
     case XML_ERROR_NO_ELEMENTS:
-        reader.fail(XML_GetCurrentByteIndex(parser) <= 0 ? "the text is empty" : "the text holds no element", "<model>");
+        reader.fail(XML_GetCurrentByteIndex(parser) <= 0 ? "the text is empty" : "the text holds no element",
+                    "<model>");
     case XML_ERROR_JUNK_AFTER_DOC_ELEMENT:
         reader.fail("something follows the root element", "the end of the text");
     case XML_ERROR_NO_MEMORY:
@@ -339,21 +330,18 @@ void XmlParser::read(ModelReader& reader, TextSource& source) {
         void operator()(XML_ParserStruct* parser) const noexcept { XML_ParserFree(parser); }
     };
     // An encoding given here goes over what the text declares.
-    std::unique_ptr<XML_ParserStruct, Free> const parser(XML_ParserCreate(source.forcesUtf8() ? "UTF-8" : nullptr));
-    if (parser == nullptr)
-        throw std::bad_alloc();
+    std::unique_ptr<XML_ParserStruct, Free> const parser(
+        XML_ParserCreate(source.forcesUtf8() ? "UTF-8" : nullptr));
+    if (parser == nullptr) throw std::bad_alloc();
     Handler handler(reader, parser.get());
     for (bool last = false; !last;) {
         void* const buffer = XML_GetBuffer(parser.get(), portion);
-        if (buffer == nullptr)
-            failSyntax(reader, parser.get());
+        if (buffer == nullptr) failSyntax(reader, parser.get());
         std::size_t const size = source.read(static_cast<char*>(buffer), portion);
         last = size == 0;
         XML_Status const status = XML_ParseBuffer(parser.get(), static_cast<int>(size), last ? 1 : 0);
-        if (handler.failure() != nullptr)
-            std::rethrow_exception(handler.failure());
-        if (status != XML_STATUS_OK)
-            failSyntax(reader, parser.get());
+        if (handler.failure() != nullptr) std::rethrow_exception(handler.failure());
+        if (status != XML_STATUS_OK) failSyntax(reader, parser.get());
     }
 }
 

@@ -18,7 +18,7 @@ void expectReport(F action) {
     EXPECT_THROW(action(), MessageException<Message>);
 }
 
-class Keyed : public testing::Test {
+class KeyedTest : public testing::Test {
   protected:
     Item item(std::u16string const& name) { return Item::create(model, name); }
     std::vector<std::u16string> keys() {
@@ -34,10 +34,11 @@ class Keyed : public testing::Test {
 };
 
 static_assert(std::ranges::bidirectional_range<ElementMap<std::u16string, Item> const>);
-static_assert(sizeof(InlineCollection<ElementMap<std::u16string, Item>, Shelf::Impl::table, Shelf::Catalog>) ==
-              2 * sizeof(void*));
+static_assert(
+    sizeof(InlineCollection<ElementMap<std::u16string, Item>, Shelf::Impl::table, Shelf::Catalog>) ==
+    2 * sizeof(void*));
 
-TEST_F(Keyed, AMapOwnsItsMembersAndFindsThemByKey) {
+TEST_F(KeyedTest, AMapOwnsItsMembersAndFindsThemByKey) {
     Item const b = item(u"b");
     catalog.insert(b);
     catalog.add(item(u"a"));
@@ -53,21 +54,21 @@ TEST_F(Keyed, AMapOwnsItsMembersAndFindsThemByKey) {
     EXPECT_FALSE(model.verify().has_value());
 }
 
-TEST_F(Keyed, LookingForAnAbsentKeyMakesNoEntry) {
+TEST_F(KeyedTest, LookingForAnAbsentKeyMakesNoEntry) {
     EXPECT_EQ(catalog[u"nothing"], nullptr);
     EXPECT_FALSE(catalog.contains(u"nothing"));
     EXPECT_FALSE(catalog.erase(u"nothing"));
     EXPECT_EQ(catalog.size(), 0u);
 }
 
-TEST_F(Keyed, KeysStandInCodeUnitOrder) {
+TEST_F(KeyedTest, KeysStandInCodeUnitOrder) {
     // A surrogate pair comes before U+FFxx as code units, though not as characters.
     for (char16_t const* name : {u"\uFF21", u"b", u"\U0001F600", u"", u"B"})
         catalog.insert(item(name));
     EXPECT_EQ(catalog.keys(), Names({u"", u"B", u"b", u"\U0001F600", u"\uFF21"}));
 }
 
-TEST_F(Keyed, CollisionsAreReportedKeptOrReplaced) {
+TEST_F(KeyedTest, CollisionsAreReportedKeptOrReplaced) {
     Item const old = item(u"k");
     Item const fresh = item(u"k");
     catalog.insert(old);
@@ -93,7 +94,7 @@ TEST_F(Keyed, CollisionsAreReportedKeptOrReplaced) {
     EXPECT_FALSE(model.verify().has_value());
 }
 
-TEST_F(Keyed, OnlyTheVeryElementIsRemoved) {
+TEST_F(KeyedTest, OnlyTheVeryElementIsRemoved) {
     Item const member = item(u"k");
     Item const twin = item(u"k");
     catalog.insert(member);
@@ -109,7 +110,7 @@ TEST_F(Keyed, OnlyTheVeryElementIsRemoved) {
     EXPECT_EQ(twin.container(), nullptr);
 }
 
-TEST_F(Keyed, ChangingTheKeyPropertyLeavesTheEntryUntilItIsPutAgain) {
+TEST_F(KeyedTest, ChangingTheKeyPropertyLeavesTheEntryUntilItIsPutAgain) {
     Item const a = item(u"a");
     catalog.insert(a);
     a.setName(u"z");
@@ -125,7 +126,7 @@ TEST_F(Keyed, ChangingTheKeyPropertyLeavesTheEntryUntilItIsPutAgain) {
     EXPECT_FALSE(model.verify().has_value());
 }
 
-TEST_F(Keyed, ReflectionChecksClassesAndKeys) {
+TEST_F(KeyedTest, ReflectionChecksClassesAndKeys) {
     Item const a = item(u"a");
     catalog.insert(a);
     expectReport<m::CannotAddIncompatibleTypes>([&] { catalog.genericAdd(shelf); });
@@ -143,7 +144,7 @@ TEST_F(Keyed, ReflectionChecksClassesAndKeys) {
     EXPECT_EQ(catalog.size(), 1u);
 }
 
-TEST_F(Keyed, BothClearsOfAMapLetTheMembersGo) {
+TEST_F(KeyedTest, BothClearsOfAMapLetTheMembersGo) {
     for (bool basic : {false, true}) {
         Item const a = item(u"a");
         catalog.insert(a);
@@ -163,7 +164,7 @@ TEST_F(Keyed, BothClearsOfAMapLetTheMembersGo) {
     }
 }
 
-TEST_F(Keyed, DestroyingAMemberFreesItsKey) {
+TEST_F(KeyedTest, DestroyingAMemberFreesItsKey) {
     Item const a = item(u"a");
     catalog.insert(a);
     auto transaction = model.beginTransaction();
@@ -177,7 +178,7 @@ TEST_F(Keyed, DestroyingAMemberFreesItsKey) {
     EXPECT_FALSE(model.verify().has_value());
 }
 
-TEST_F(Keyed, PlaceholdersOfAMapJoinUnderTheirTargetsKey) {
+TEST_F(KeyedTest, PlaceholdersOfAMapJoinUnderTheirTargetsKey) {
     boost::uuids::uuid const here = generateUuid();
     boost::uuids::uuid const twin = generateUuid();
     catalog.add(createProxy(model, here));
@@ -197,7 +198,7 @@ TEST_F(Keyed, PlaceholdersOfAMapJoinUnderTheirTargetsKey) {
     EXPECT_EQ(catalog.getAllValuesAndProxies().size(), 2u);
 }
 
-TEST_F(Keyed, ExternalPlaceholdersStayOutsideWhatOwns) {
+TEST_F(KeyedTest, ExternalPlaceholdersStayOutsideWhatOwns) {
     Item const external = createProxy(model, generateUuid(), true);
     expectReport<m::CannotCreateCrossModelAssociation>([&] { catalog.addProxy(external); });
     EXPECT_TRUE(catalog.getAllValuesAndProxies().empty());
@@ -208,7 +209,7 @@ TEST_F(Keyed, ExternalPlaceholdersStayOutsideWhatOwns) {
     EXPECT_EQ(set.getAllValuesAndProxies().size(), 1u);
 }
 
-TEST_F(Keyed, AResolvedPlaceholderGoesWhenItsAddingIsAbandoned) {
+TEST_F(KeyedTest, AResolvedPlaceholderGoesWhenItsAddingIsAbandoned) {
     Item const a = item(u"a");
     auto transaction = model.beginTransaction();
     catalog.addProxy(createProxy(model, a.uuid()));
@@ -219,7 +220,20 @@ TEST_F(Keyed, AResolvedPlaceholderGoesWhenItsAddingIsAbandoned) {
     EXPECT_TRUE(catalog.getAllValuesAndProxies().empty());
 }
 
-TEST_F(Keyed, ReplacingAPlaceholderGivesTheElementItsHolder) {
+TEST_F(KeyedTest, ATargetThatVanishesGivesThePlaceholderBack) {
+    boost::uuids::uuid const target = generateUuid();
+    Item const proxy = createProxy(model, target);
+    catalog.addProxy(proxy);
+    auto transaction = model.beginTransaction();
+    Item::create(model, u"a", target);
+    catalog.resolveAll();
+    EXPECT_EQ(namesOf(catalog), Names({u"a"}));
+    transaction.rollback();
+    EXPECT_TRUE(catalog.empty());
+    EXPECT_EQ(catalog.getAllValuesAndProxies(), std::vector<ModelElement>({proxy}));
+}
+
+TEST_F(KeyedTest, ReplacingAPlaceholderGivesTheElementItsHolder) {
     Item const a = item(u"a");
     catalog.addProxy(createProxy(model, a.uuid()));
     catalog.replaceProxy(a, 0);
@@ -233,7 +247,45 @@ TEST_F(Keyed, ReplacingAPlaceholderGivesTheElementItsHolder) {
     EXPECT_FALSE(model.verify().has_value());
 }
 
-TEST_F(Keyed, ASetHoldsEachElementOnce) {
+TEST_F(KeyedTest, TheRestoringFormsTellNobodyButAreTakenBack) {
+    Item const a = item(u"a");
+    Item const twin = item(u"a");
+    auto transaction = model.beginTransaction();
+    shelf.get()->_basicAdd(&catalog, a);
+    shelf.get()->_basicAdd(&catalog, twin);
+    EXPECT_EQ(catalog[u"a"], a);
+    EXPECT_EQ(a.container(), nullptr);
+    shelf.get()->_basicRemove(&catalog, twin);
+    EXPECT_EQ(catalog.size(), 1u);
+    transaction.rollback();
+    EXPECT_TRUE(catalog.empty());
+
+    catalog.insert(a);
+    auto second = model.beginTransaction();
+    shelf.get()->_basicRemove(&catalog, a);
+    EXPECT_TRUE(catalog.empty());
+    EXPECT_EQ(a.container(), shelf);
+    Standalone<ElementMap<std::u16string, Item>> saved(nullptr, Shelf::Impl::rows[Shelf::Catalog]);
+    saved.insert(twin);
+    shelf.get()->_basicCopyValues(&catalog, &saved);
+    EXPECT_EQ(catalog[u"a"], twin);
+    EXPECT_EQ(twin.container(), nullptr);
+    second.rollback();
+    EXPECT_EQ(catalog[u"a"], a);
+}
+
+TEST_F(KeyedTest, AskingForAPlaceholderToAnElementTakesTheElementIn) {
+    Item const a = item(u"a");
+    EXPECT_FALSE(shelf.get()->_basicContainsProxyTo(&catalog, a));
+    catalog.addProxy(createProxy(model, generateUuid()));
+    EXPECT_FALSE(shelf.get()->_basicContainsProxyTo(&catalog, a));
+    catalog.addProxy(createProxy(model, a.uuid()));
+    EXPECT_TRUE(shelf.get()->_basicContainsProxyTo(&catalog, a));
+    EXPECT_EQ(namesOf(catalog), Names({u"a"}));
+    EXPECT_EQ(catalog.getAllValuesAndProxies().size(), 2u);
+}
+
+TEST_F(KeyedTest, ASetHoldsEachElementOnce) {
     Standalone<UnorderedElementSet<Item>> set(shelf.get(), Shelf::Impl::rows[Shelf::Links]);
     Item const a = item(u"a");
     Item const b = item(u"b");
@@ -258,7 +310,7 @@ TEST_F(Keyed, ASetHoldsEachElementOnce) {
     EXPECT_EQ(b.container(), nullptr);
 }
 
-TEST_F(Keyed, PlaceholdersOfASetDoNotCount) {
+TEST_F(KeyedTest, PlaceholdersOfASetDoNotCount) {
     Standalone<UnorderedElementSet<Item>> set(shelf.get(), Shelf::Impl::rows[Shelf::Links]);
     Item const a = item(u"a");
     Item const proxy = createProxy(model, a.uuid());
@@ -279,8 +331,9 @@ TEST_F(Keyed, PlaceholdersOfASetDoNotCount) {
     EXPECT_TRUE(set.getAllValuesAndProxies().empty());
 }
 
-TEST_F(Keyed, TheFactoryOfATypeChoosesTheKindByTheProperty) {
-    meta::CollectionFactory const& factory = meta::MetaRegistry::getInstance().collectionFactory(Item::metaClass());
+TEST_F(KeyedTest, TheFactoryOfATypeChoosesTheKindByTheProperty) {
+    meta::CollectionFactory const& factory =
+        meta::MetaRegistry::getInstance().collectionFactory(Item::metaClass());
     ASSERT_TRUE(factory);
     for (auto const& [row, ordered] : {std::pair(Shelf::Links, true), std::pair(Shelf::Gadgets, false)}) {
         std::unique_ptr<AbstractOwnedCollection> const made = factory(shelf.get(), Shelf::property(row));
@@ -292,7 +345,7 @@ TEST_F(Keyed, TheFactoryOfATypeChoosesTheKindByTheProperty) {
     EXPECT_TRUE(shelf->links.empty());
 }
 
-TEST_F(Keyed, HashesOfPlaceholderIdsIgnoreTheExternalPart) {
+TEST_F(KeyedTest, HashesOfPlaceholderIdsIgnoreTheExternalPart) {
     ProxyId const id{u"model", u"element", nullptr};
     ProxyId external = id;
     external.external = std::make_shared<std::u16string>(u"x");
@@ -311,7 +364,7 @@ Content contentOf(ReferenceMap const& map) {
     return content;
 }
 
-TEST_F(Keyed, AgreesWithAMapAcrossRollbacks) {
+TEST_F(KeyedTest, AgreesWithAMapAcrossRollbacks) {
     std::vector<Item> pool;
     for (int i = 0; i < 30; ++i)
         pool.push_back(item(std::u16string(1, static_cast<char16_t>(u'a' + i % 12))));
@@ -344,8 +397,7 @@ TEST_F(Keyed, AgreesWithAMapAcrossRollbacks) {
             break;
         case 3:
             catalog.remove(picked);
-            if (member)
-                expected.erase(key);
+            if (member) expected.erase(key);
             break;
         case 4:
             EXPECT_EQ(catalog.erase(key), expected.erase(key) != 0);
@@ -357,12 +409,10 @@ TEST_F(Keyed, AgreesWithAMapAcrossRollbacks) {
             }
             break;
         case 6:
-            if (levels.size() < 4)
-                levels.push_back({model.beginTransaction(), expected});
+            if (levels.size() < 4) levels.push_back({model.beginTransaction(), expected});
             break;
         default:
-            if (levels.empty())
-                break;
+            if (levels.empty()) break;
             if (below(2) == 0) {
                 levels.back().transaction.commit();
             } else {
@@ -375,11 +425,10 @@ TEST_F(Keyed, AgreesWithAMapAcrossRollbacks) {
     }
     while (!levels.empty())
         levels.pop_back();
-    if (auto const violation = model.verify())
-        ADD_FAILURE() << violation->rule << ": " << violation->detail;
+    if (auto const violation = model.verify()) ADD_FAILURE() << violation->rule << ": " << violation->detail;
 }
 
-TEST_F(Keyed, CommitsReportTheOldContent) {
+TEST_F(KeyedTest, CommitsReportTheOldContent) {
     Item const a = item(u"a");
     Item const b = item(u"b");
     catalog.insert(a);
@@ -388,8 +437,7 @@ TEST_F(Keyed, CommitsReportTheOldContent) {
     int notices = 0;
     auto const subscription = model.onCommit([&](CommitNotice const& notice) {
         for (ElementChange const& change : notice.changed) {
-            if (change.element() != shelf)
-                continue;
+            if (change.element() != shelf) continue;
             ++notices;
             Value const old = change.oldValue(Shelf::property(Shelf::Catalog));
             ASSERT_NE(old.collection(), nullptr);

@@ -18,12 +18,14 @@ void expectReport(F action) {
     EXPECT_THROW(action(), MessageException<Message>);
 }
 
-class Primitive : public testing::Test {
+class PrimitiveTest : public testing::Test {
   protected:
     static Value text(std::string const& value) {
         return Value::own<std::string>(meta::requireType("StdString"), ValueFlags::One, value);
     }
-    static Value number(int value) { return Value::own<int>(meta::requireType("Integer"), ValueFlags::One, value); }
+    static Value number(int value) {
+        return Value::own<int>(meta::requireType("Integer"), ValueFlags::One, value);
+    }
     static Value colour(Colour value) {
         return Value::own<Colour>(meta::requireType("shop.Colour"), ValueFlags::One, value);
     }
@@ -44,7 +46,7 @@ static_assert(std::ranges::contiguous_range<PrimitiveSequence<std::string> const
 static_assert(sizeof(InlineCollection<PrimitiveSequence<std::string>, Shelf::Impl::table, Shelf::Notes>) ==
               2 * sizeof(void*));
 
-TEST_F(Primitive, SequencesKeepOrderAndRepeat) {
+TEST_F(PrimitiveTest, SequencesKeepOrderAndRepeat) {
     notes.push_back("a");
     notes.add("b");
     notes.push_back("a");
@@ -65,7 +67,7 @@ TEST_F(Primitive, SequencesKeepOrderAndRepeat) {
     EXPECT_TRUE(notes.empty());
 }
 
-TEST_F(Primitive, UniqueOnesIgnoreASecondValueWithoutAWord) {
+TEST_F(PrimitiveTest, UniqueOnesIgnoreASecondValueWithoutAWord) {
     for (int value : {1, 2, 3, 2})
         numbers.push_back(value);
     EXPECT_EQ(numbers.insert(0, 3) - numbers.begin(), 2);
@@ -79,9 +81,10 @@ TEST_F(Primitive, UniqueOnesIgnoreASecondValueWithoutAWord) {
     EXPECT_EQ(valuesOf(numbers), Numbers({1, 9, 3}));
 }
 
-TEST_F(Primitive, ReflectionReadsAndWritesValues) {
+TEST_F(PrimitiveTest, ReflectionReadsAndWritesValues) {
     EXPECT_EQ(notes.getKind(), AbstractPrimitiveCollection::Kind::Sequence);
-    GenericPrimitiveSequenceInterface& face = *static_cast<AbstractPrimitiveCollection&>(notes).getGenericInterface();
+    GenericPrimitiveSequenceInterface& face =
+        *static_cast<AbstractPrimitiveCollection&>(notes).getGenericInterface();
     notes.genericAdd(text("a"));
     face.genericInsert(text("b"), 0);
     EXPECT_EQ(face.genericAt(0).getValue<std::string>(), "b");
@@ -98,7 +101,7 @@ TEST_F(Primitive, ReflectionReadsAndWritesValues) {
     EXPECT_EQ(notes.getCollectionType(), meta::requireType("StdString"));
 }
 
-TEST_F(Primitive, ValuesOfAnotherTypeAreRefusedBeforeAnyChange) {
+TEST_F(PrimitiveTest, ValuesOfAnotherTypeAreRefusedBeforeAnyChange) {
     notes.push_back("a");
     Value const absent{ValueMeta(meta::requireType("StdString"), ValueFlags::Absent)};
     for (Value const& wrong : {number(1), absent}) {
@@ -114,7 +117,7 @@ TEST_F(Primitive, ValuesOfAnotherTypeAreRefusedBeforeAnyChange) {
     EXPECT_EQ(valuesOf(notes), Texts({"a", ""}));
 }
 
-TEST_F(Primitive, EnumerationsTravelAsSignExtendedWords) {
+TEST_F(PrimitiveTest, EnumerationsTravelAsSignExtendedWords) {
     Standalone<PrimitiveSequence<Colour>> list(shelf.get(), Shelf::Impl::rows[Shelf::Notes]);
     ShopPackage::getInstance();
     list.genericAdd(colour(Colour::Infrared));
@@ -126,7 +129,7 @@ TEST_F(Primitive, EnumerationsTravelAsSignExtendedWords) {
     EXPECT_EQ(list.getCollectionType(), meta::requireType("shop.Colour"));
 }
 
-TEST_F(Primitive, SetsAreSortedByNumberAndHaveNoPositions) {
+TEST_F(PrimitiveTest, SetsAreSortedByNumberAndHaveNoPositions) {
     ShopPackage::getInstance();
     Standalone<PrimitiveSet<Colour>> set(shelf.get(), Shelf::Impl::rows[Shelf::Notes]);
     set.genericAdd(colour(Colour::Blue));
@@ -152,7 +155,7 @@ TEST_F(Primitive, SetsAreSortedByNumberAndHaveNoPositions) {
 }
 
 /// \returns the properties of the shelf that a commit reported.
-TEST_F(Primitive, ChangesAreToldAsTheFrameOfEachKindSays) {
+TEST_F(PrimitiveTest, ChangesAreToldAsTheFrameOfEachKindSays) {
     int told = 0;
     auto const subscription = model.onCommit([&](CommitNotice const&) { ++told; });
     auto expectTold = [&](bool expected, auto change) {
@@ -168,7 +171,7 @@ TEST_F(Primitive, ChangesAreToldAsTheFrameOfEachKindSays) {
     expectTold(true, [&] { notes.clear(); });
 }
 
-TEST_F(Primitive, StepsOfAnElementMadeInTheAbandonedLevelAreDropped) {
+TEST_F(PrimitiveTest, StepsOfAnElementMadeInTheAbandonedLevelAreDropped) {
     // Some are recorded, in an inner level, and some are not: they must not be taken back one by one.
     auto outer = model.beginTransaction();
     Shelf const fresh = Shelf::create(model);
@@ -189,7 +192,9 @@ template <class T>
 struct PoolOf;
 template <>
 struct PoolOf<std::string> {
-    static std::string at(std::size_t i) { return "a text that is too long for a small buffer " + std::to_string(i); }
+    static std::string at(std::size_t i) {
+        return "a text that is too long for a small buffer " + std::to_string(i);
+    }
     static PrimitiveSequence<std::string>& collection(Shelf const& shelf) { return shelf->notes; }
     static constexpr Shelf::Row row = Shelf::Notes;
     static constexpr bool unique = false;
@@ -203,7 +208,7 @@ struct PoolOf<int> {
 };
 
 template <class T>
-class PrimitiveWalk : public Primitive {};
+class PrimitiveWalk : public PrimitiveTest {};
 using WalkTypes = testing::Types<std::string, int>;
 TYPED_TEST_SUITE(PrimitiveWalk, WalkTypes);
 
@@ -231,15 +236,15 @@ TYPED_TEST(PrimitiveWalk, AgreesWithAVectorAcrossRollbacksAndInOldValues) {
     auto below = [&random](std::size_t bound) { return random() % bound; };
     for (int step = 0; step < 3000; ++step) {
         TypeParam const value = Pool::at(below(20));
-        bool const refused = Pool::unique && std::find(expected.begin(), expected.end(), value) != expected.end();
+        bool const refused =
+            Pool::unique && std::find(expected.begin(), expected.end(), value) != expected.end();
         std::size_t const at = below(expected.size() + 1);
         auto const position = expected.begin() + static_cast<std::ptrdiff_t>(at);
         switch (below(8)) {
         case 0:
         case 1:
             sequence.insert(at, value);
-            if (!refused)
-                expected.insert(position, value);
+            if (!refused) expected.insert(position, value);
             break;
         case 2:
             if (at < expected.size()) {
@@ -250,8 +255,7 @@ TYPED_TEST(PrimitiveWalk, AgreesWithAVectorAcrossRollbacksAndInOldValues) {
         case 3:
             if (at < expected.size()) {
                 sequence.assign(at, value);
-                if (!refused)
-                    *position = value;
+                if (!refused) *position = value;
             }
             break;
         case 4:
@@ -266,12 +270,10 @@ TYPED_TEST(PrimitiveWalk, AgreesWithAVectorAcrossRollbacksAndInOldValues) {
             }
             break;
         case 6:
-            if (levels.size() < 4)
-                levels.push_back({this->model.beginTransaction(), expected});
+            if (levels.size() < 4) levels.push_back({this->model.beginTransaction(), expected});
             break;
         default:
-            if (levels.empty())
-                break;
+            if (levels.empty()) break;
             if (below(3) != 0) {
                 levels.back().transaction.commit();
             } else {

@@ -19,7 +19,7 @@ void expectReport(F action) {
     EXPECT_THROW(action(), MessageException<Message>);
 }
 
-class Sequence : public testing::Test {
+class SequenceTest : public testing::Test {
   protected:
     Item item(std::u16string const& name) { return Item::create(model, name); }
     /// One item for each letter.
@@ -42,7 +42,7 @@ static_assert(std::ranges::random_access_range<ElementSequence<Item> const>);
 static_assert(std::ranges::sized_range<ElementSequence<Item> const>);
 static_assert(sizeof(InlineCollection<ElementSequence<Item>, Shelf::Impl::table, 0>) == 2 * sizeof(void*));
 
-TEST_F(Sequence, AddingContainsAndTellsTheOtherEnd) {
+TEST_F(SequenceTest, AddingContainsAndTellsTheOtherEnd) {
     Item const a = item(u"a");
     items.add(a);
     EXPECT_EQ(namesOf(items), Names({u"a"}));
@@ -53,7 +53,7 @@ TEST_F(Sequence, AddingContainsAndTellsTheOtherEnd) {
     EXPECT_FALSE(model.verify().has_value());
 }
 
-TEST_F(Sequence, NullAndDeadHandlesAreNotAdded) {
+TEST_F(SequenceTest, NullAndDeadHandlesAreNotAdded) {
     Item const dead = item(u"dead");
     dead.destroy();
     for (Item const& none : {Item(), dead}) {
@@ -68,7 +68,7 @@ TEST_F(Sequence, NullAndDeadHandlesAreNotAdded) {
     EXPECT_TRUE(links.empty());
 }
 
-TEST_F(Sequence, AUniqueOneTakesAnElementOnceAndKeepsItsPlace) {
+TEST_F(SequenceTest, AUniqueOneTakesAnElementOnceAndKeepsItsPlace) {
     auto const made = letters(u"abc");
     for (Item const& each : made)
         items.add(each);
@@ -77,7 +77,7 @@ TEST_F(Sequence, AUniqueOneTakesAnElementOnceAndKeepsItsPlace) {
     EXPECT_EQ(namesOf(items), Names({u"a", u"b", u"c"}));
 }
 
-TEST_F(Sequence, OthersTakeAnElementTwiceAndLoseTheFirstOne) {
+TEST_F(SequenceTest, OthersTakeAnElementTwiceAndLoseTheFirstOne) {
     auto const made = letters(u"ab");
     for (ElementSequence<Item>* sequence : {&links, &parts}) {
         sequence->add(made[0]);
@@ -92,7 +92,7 @@ TEST_F(Sequence, OthersTakeAnElementTwiceAndLoseTheFirstOne) {
     EXPECT_EQ(made[1].container(), shelf);
 }
 
-TEST_F(Sequence, AddingMovesFromAnotherHolder) {
+TEST_F(SequenceTest, AddingMovesFromAnotherHolder) {
     auto const made = letters(u"abc");
     Shelf const other = Shelf::create(model);
     for (Item const& each : made)
@@ -106,7 +106,7 @@ TEST_F(Sequence, AddingMovesFromAnotherHolder) {
     EXPECT_FALSE(model.verify().has_value());
 }
 
-TEST_F(Sequence, RemovingAndErasingLetGoButNeverDestroy) {
+TEST_F(SequenceTest, RemovingAndErasingLetGoButNeverDestroy) {
     auto const made = letters(u"abcdef");
     for (Item const& each : made)
         items.add(each);
@@ -126,7 +126,7 @@ TEST_F(Sequence, RemovingAndErasingLetGoButNeverDestroy) {
     EXPECT_EQ(model.getTopLevelElements().size(), 7u);
 }
 
-TEST_F(Sequence, DeadEntriesOfPlainReferencesCanBeRemoved) {
+TEST_F(SequenceTest, DeadEntriesOfPlainReferencesCanBeRemoved) {
     auto const made = letters(u"ab");
     links.add(made[0]);
     links.add(made[1]);
@@ -136,7 +136,7 @@ TEST_F(Sequence, DeadEntriesOfPlainReferencesCanBeRemoved) {
     EXPECT_EQ(namesOf(links), Names({u"b"}));
 }
 
-TEST_F(Sequence, ReplacementsSwapTheOwnedElement) {
+TEST_F(SequenceTest, ReplacementsSwapTheOwnedElement) {
     auto const made = letters(u"abc");
     items.add(made[0]);
     items.add(made[1]);
@@ -153,7 +153,7 @@ TEST_F(Sequence, ReplacementsSwapTheOwnedElement) {
     EXPECT_FALSE(model.verify().has_value());
 }
 
-TEST_F(Sequence, AReplacementByAMemberOfARepeatingOneKeepsBothFindable) {
+TEST_F(SequenceTest, AReplacementByAMemberOfARepeatingOneKeepsBothFindable) {
     auto const made = letters(u"abcd");
     for (Item const& each : made)
         parts.add(each);
@@ -165,7 +165,7 @@ TEST_F(Sequence, AReplacementByAMemberOfARepeatingOneKeepsBothFindable) {
     EXPECT_FALSE(parts.contains(made[3]));
 }
 
-TEST_F(Sequence, ReflectionChecksTheClass) {
+TEST_F(SequenceTest, ReflectionChecksTheClass) {
     Shelf const wrong = Shelf::create(model);
     items.add(item(u"a"));
     expectReport<m::CannotAddIncompatibleTypes>([&] { items.genericAdd(wrong); });
@@ -180,7 +180,7 @@ TEST_F(Sequence, ReflectionChecksTheClass) {
     EXPECT_EQ(items.getCollectionProperty(), Shelf::property(Shelf::Items));
 }
 
-TEST_F(Sequence, EnsuringAPlaceExchanges) {
+TEST_F(SequenceTest, EnsuringAPlaceExchanges) {
     auto const made = letters(u"abcd");
     for (Item const& each : {made[0], made[1], made[2]})
         items.add(each);
@@ -194,7 +194,7 @@ TEST_F(Sequence, EnsuringAPlaceExchanges) {
         EXPECT_EQ(items.genericIndexOf(items[i]), i);
 }
 
-TEST_F(Sequence, RefusedChangesLeaveNothingBehind) {
+TEST_F(SequenceTest, RefusedChangesLeaveNothingBehind) {
     Model const otherModel = createModel();
     Item const foreign = Item::create(otherModel, u"foreign");
     expectReport<m::CannotCreateCrossModelAssociation>([&] { items.add(foreign); });
@@ -204,7 +204,7 @@ TEST_F(Sequence, RefusedChangesLeaveNothingBehind) {
     EXPECT_EQ(foreign.container(), nullptr);
 }
 
-TEST_F(Sequence, BasicClearTellsNobody) {
+TEST_F(SequenceTest, BasicClearTellsNobody) {
     Item const a = item(u"a");
     items.add(a);
     auto transaction = model.beginTransaction();
@@ -215,10 +215,11 @@ TEST_F(Sequence, BasicClearTellsNobody) {
     EXPECT_EQ(namesOf(items), Names({u"a"}));
 }
 
-TEST_F(Sequence, TypedRangesWorkWithTheLibrary) {
+TEST_F(SequenceTest, TypedRangesWorkWithTheLibrary) {
     for (Item const& each : letters(u"dcba"))
         items.add(each);
-    auto const found = std::find_if(items.begin(), items.end(), [](Item const& i) { return i.getName() == u"b"; });
+    auto const found =
+        std::find_if(items.begin(), items.end(), [](Item const& i) { return i.getName() == u"b"; });
     ASSERT_NE(found, items.end());
     EXPECT_EQ(found - items.begin(), 2);
     EXPECT_EQ(found->getName(), u"b");
@@ -229,7 +230,7 @@ TEST_F(Sequence, TypedRangesWorkWithTheLibrary) {
     EXPECT_EQ(namesOf(copy | std::views::reverse), Names({u"a", u"b", u"c", u"d"}));
 }
 
-TEST_F(Sequence, DestroyingAMemberTakesItOut) {
+TEST_F(SequenceTest, DestroyingAMemberTakesItOut) {
     auto const made = letters(u"abc");
     for (Item const& each : made)
         items.add(each);
@@ -242,7 +243,7 @@ TEST_F(Sequence, DestroyingAMemberTakesItOut) {
     EXPECT_FALSE(model.verify().has_value());
 }
 
-TEST_F(Sequence, WhatWasMadeAndDestroyedInAnAbandonedTransactionStaysGone) {
+TEST_F(SequenceTest, WhatWasMadeAndDestroyedInAnAbandonedTransactionStaysGone) {
     auto transaction = model.beginTransaction();
     Item const a = item(u"a");
     items.add(a);
@@ -254,7 +255,7 @@ TEST_F(Sequence, WhatWasMadeAndDestroyedInAnAbandonedTransactionStaysGone) {
     EXPECT_FALSE(model.findElement(shelf.uuid()) == nullptr);
 }
 
-TEST_F(Sequence, OneThatStandsAloneLeavesTheContainmentTreeAlone) {
+TEST_F(SequenceTest, OneThatStandsAloneLeavesTheContainmentTreeAlone) {
     Item const a = item(u"a");
     Standalone<ElementSequence<Item>> alone(shelf.get(), Shelf::Impl::rows[Shelf::Items]);
     alone.add(a);
@@ -274,11 +275,11 @@ struct Walk {
     bool repeats;
 };
 
-class SequenceWalk : public Sequence, public testing::WithParamInterface<Walk> {};
+class SequenceWalk : public SequenceTest, public testing::WithParamInterface<Walk> {};
 
 TEST_P(SequenceWalk, AgreesWithAVectorAcrossRollbacks) {
-    auto& sequence =
-        static_cast<ElementSequence<Item>&>(Core::collection(*shelf.get(), Shelf::Impl::rows[GetParam().row]));
+    auto& sequence = static_cast<ElementSequence<Item>&>(
+        Core::collection(*shelf.get(), Shelf::Impl::rows[GetParam().row]));
     bool const repeats = GetParam().repeats;
     std::vector<Item> const pool = letters(u"abcdefghijklmnopqrstuvwxyz");
     std::vector<Item> expected;
@@ -311,8 +312,7 @@ TEST_P(SequenceWalk, AgreesWithAVectorAcrossRollbacks) {
             break;
         case 3:
             sequence.remove(picked);
-            if (present)
-                expected.erase(std::find(expected.begin(), expected.end(), picked));
+            if (present) expected.erase(std::find(expected.begin(), expected.end(), picked));
             break;
         case 4:
             if (!expected.empty()) {
@@ -349,12 +349,10 @@ TEST_P(SequenceWalk, AgreesWithAVectorAcrossRollbacks) {
             }
             break;
         case 8:
-            if (levels.size() < 4)
-                levels.push_back({model.beginTransaction(), expected});
+            if (levels.size() < 4) levels.push_back({model.beginTransaction(), expected});
             break;
         default:
-            if (levels.empty())
-                break;
+            if (levels.empty()) break;
             if (below(2) == 0) {
                 levels.back().transaction.commit();
             } else {
@@ -366,22 +364,24 @@ TEST_P(SequenceWalk, AgreesWithAVectorAcrossRollbacks) {
         ASSERT_EQ(namesOf(sequence), namesOf(expected)) << "after step " << step;
         ASSERT_EQ(sequence.contains(picked), std::count(expected.begin(), expected.end(), picked) > 0);
         if (!expected.empty()) {
-            auto const first = std::find(expected.begin(), expected.end(), expected.back()) - expected.begin();
+            auto const first =
+                std::find(expected.begin(), expected.end(), expected.back()) - expected.begin();
             ASSERT_EQ(sequence.genericIndexOf(expected.back()), first);
         }
     }
     while (!levels.empty())
         levels.pop_back();
-    if (auto const violation = model.verify())
-        ADD_FAILURE() << violation->rule << ": " << violation->detail;
+    if (auto const violation = model.verify()) ADD_FAILURE() << violation->rule << ": " << violation->detail;
 }
 
 INSTANTIATE_TEST_SUITE_P(AllKinds, SequenceWalk,
-                         testing::Values(Walk{"owned", Shelf::Items, false}, Walk{"ownedRepeating", Shelf::Parts, true},
-                                         Walk{"plain", Shelf::Links, true}, Walk{"plainUnique", Shelf::Marks, false}),
+                         testing::Values(Walk{"owned", Shelf::Items, false},
+                                         Walk{"ownedRepeating", Shelf::Parts, true},
+                                         Walk{"plain", Shelf::Links, true},
+                                         Walk{"plainUnique", Shelf::Marks, false}),
                          [](auto const& walk) { return std::string(walk.param.name); });
 
-TEST_F(Sequence, ManyInsertsAtOnePlaceStayFindable) {
+TEST_F(SequenceTest, ManyInsertsAtOnePlaceStayFindable) {
     std::vector<Item> made;
     for (int i = 0; i < 400; ++i) {
         made.push_back(item(u"x"));
@@ -395,7 +395,7 @@ TEST_F(Sequence, ManyInsertsAtOnePlaceStayFindable) {
     EXPECT_TRUE(items.empty());
 }
 
-TEST_F(Sequence, CommitsReportTheOldContent) {
+TEST_F(SequenceTest, CommitsReportTheOldContent) {
     auto const made = letters(u"abcdef");
     for (Item const& each : made)
         items.add(each);
@@ -405,8 +405,7 @@ TEST_F(Sequence, CommitsReportTheOldContent) {
     auto const subscription = model.onCommit([&](CommitNotice const& notice) {
         ++notices;
         for (ElementChange const& change : notice.changed) {
-            if (change.element() != shelf)
-                continue;
+            if (change.element() != shelf) continue;
             for (Shelf::Row row : {Shelf::Items, Shelf::Links}) {
                 Value const old = change.oldValue(Shelf::property(row));
                 ASSERT_NE(old.collection(), nullptr);

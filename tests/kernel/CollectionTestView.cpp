@@ -15,7 +15,7 @@ void expectReport(F action) {
     EXPECT_THROW(action(), MessageException<Message>);
 }
 
-class View : public testing::Test {
+class ViewTest : public testing::Test {
   protected:
     /// Items for small letters, gadgets for capitals.
     void fill(std::u16string const& names) {
@@ -35,13 +35,13 @@ static_assert(std::ranges::forward_range<SubsettedElementSet<Gadget, ElementSequ
 static_assert(sizeof(InlineCollection<SubsettedElementSet<Gadget, ElementSequence<Item>>, Shelf::Impl::table,
                                       Shelf::Gadgets>) == 2 * sizeof(void*));
 
-TEST_F(View, ShowsTheMembersOfItsClassInTheParentsOrder) {
+TEST_F(ViewTest, ShowsTheMembersOfItsClassInTheParentsOrder) {
     struct Case {
         std::u16string filled;
         Names shown;
     };
-    for (Case const& each : {Case{u"", {}}, Case{u"abc", {}}, Case{u"A", {u"A"}}, Case{u"aAbBC", {u"A", u"B", u"C"}},
-                             Case{u"ABa", {u"A", u"B"}}}) {
+    for (Case const& each : {Case{u"", {}}, Case{u"abc", {}}, Case{u"A", {u"A"}},
+                             Case{u"aAbBC", {u"A", u"B", u"C"}}, Case{u"ABa", {u"A", u"B"}}}) {
         items.clear();
         fill(each.filled);
         EXPECT_EQ(namesOf(gadgets), each.shown);
@@ -52,7 +52,7 @@ TEST_F(View, ShowsTheMembersOfItsClassInTheParentsOrder) {
     }
 }
 
-TEST_F(View, AddingAppendsToTheParent) {
+TEST_F(ViewTest, AddingAppendsToTheParent) {
     fill(u"ab");
     gadgets.add(Gadget::create(model, u"G"));
     gadgets.genericAdd(Gadget::create(model, u"H"));
@@ -63,7 +63,7 @@ TEST_F(View, AddingAppendsToTheParent) {
     EXPECT_FALSE(gadgets.contains(items[0]));
 }
 
-TEST_F(View, AWrongClassIsRefusedAndTheParentKeepsItsContent) {
+TEST_F(ViewTest, AWrongClassIsRefusedAndTheParentKeepsItsContent) {
     fill(u"aA");
     Item const plain = Item::create(model, u"plain");
     expectReport<m::CannotAddIncompatibleObjectSubset>([&] { gadgets.add(plain); });
@@ -75,7 +75,7 @@ TEST_F(View, AWrongClassIsRefusedAndTheParentKeepsItsContent) {
     EXPECT_EQ(plain.container(), nullptr);
 }
 
-TEST_F(View, RemovingTakesOutOfTheParent) {
+TEST_F(ViewTest, RemovingTakesOutOfTheParent) {
     fill(u"aAB");
     Gadget const gone(items[1].get());
     gadgets.remove(gone);
@@ -85,7 +85,7 @@ TEST_F(View, RemovingTakesOutOfTheParent) {
     EXPECT_EQ(namesOf(items), Names({u"a"}));
 }
 
-TEST_F(View, ClearingLeavesTheOtherMembers) {
+TEST_F(ViewTest, ClearingLeavesTheOtherMembers) {
     fill(u"aAbBCcDd");
     auto transaction = model.beginTransaction();
     gadgets.clear();
@@ -102,7 +102,7 @@ TEST_F(View, ClearingLeavesTheOtherMembers) {
     EXPECT_FALSE(model.verify().has_value());
 }
 
-TEST_F(View, AFilterRestrictsReadingAndAdding) {
+TEST_F(ViewTest, AFilterRestrictsReadingAndAdding) {
     fill(u"ABAC");
     gadgets.setFilter([](Gadget const& gadget) { return gadget.getName() != u"A"; });
     EXPECT_EQ(namesOf(gadgets), Names({u"B", u"C"}));
@@ -117,19 +117,18 @@ TEST_F(View, AFilterRestrictsReadingAndAdding) {
     EXPECT_EQ(gadgets.size(), 2u);
 }
 
-TEST_F(View, ResolvesThePlaceholdersOfItsParent) {
+TEST_F(ViewTest, PlaceholdersAreTheParents) {
     Gadget const target = Gadget::create(model, u"G");
-    Item const proxy(model
-                         .createProxy(Gadget::metaClass(),
-                                      {u"", toUtf16(toString(target.uuid())).value(), nullptr})
-                         .get());
-    items.add(proxy);
-    EXPECT_TRUE(gadgets.genericContains(target));
-    EXPECT_EQ(namesOf(gadgets), Names({u"G"}));
+    ProxyId const id{u"", toUtf16(toString(target.uuid())).value(), nullptr};
+    items.add(Item(model.createProxy(Gadget::metaClass(), id).get()));
+    EXPECT_EQ(gadgets.size(), 1u);
+    gadgets.replaceProxy(target, 0);
     EXPECT_EQ(items.getAllValuesAndProxies().front(), target);
+    EXPECT_EQ(target.container(), shelf);
+    EXPECT_EQ(namesOf(gadgets), Names({u"G"}));
 }
 
-TEST_F(View, OwnsNothing) {
+TEST_F(ViewTest, OwnsNothing) {
     fill(u"aA");
     EXPECT_EQ(gadgets.getCollectionType(), Gadget::metaClass());
     EXPECT_EQ(gadgets.getOpposite(), nullptr);

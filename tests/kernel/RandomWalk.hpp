@@ -15,8 +15,9 @@
 
 namespace testmodel {
 
-/// One run. Every operation may throw what the model refuses; the model must then be as before. Levels are opened at
-/// random around the operations, committed or abandoned at random; an abandoned one must leave no trace.
+/// One run. Every operation may throw what the model refuses; the model must then be as before. Levels are
+/// opened at random around the operations, committed or abandoned at random; an abandoned one must leave no
+/// trace.
 class RandomWalk {
   public:
     explicit RandomWalk(std::uint64_t seed);
@@ -42,7 +43,9 @@ class RandomWalk {
     void check(std::string const& before, std::string const& what);
     [[nodiscard]] std::string history() const;
 
-    std::size_t below(std::size_t bound) { return std::uniform_int_distribution<std::size_t>(0, bound - 1)(random_); }
+    std::size_t below(std::size_t bound) {
+        return std::uniform_int_distribution<std::size_t>(0, bound - 1)(random_);
+    }
     bool oneIn(std::size_t n) { return below(n) == 0; }
     unsigned variant() { return static_cast<unsigned>(below(2)); }
     void count(std::string const& what) { ++counts_[what]; }
@@ -105,7 +108,7 @@ class RandomWalk {
     std::mt19937_64 random_;
     std::uint64_t seed_;
     Model model_;
-    Model other_; ///< for links across models
+    Model other_;                     ///< for links across models
     std::vector<ModelElement> ended_; ///< handles on elements that may come back
     std::map<std::string, std::size_t> counts_;
     std::map<std::string, std::size_t> refusals_;

@@ -1,4 +1,4 @@
-// Text forms of primitives and enumerations.
+// The primitive types, and the text forms of primitives and enumerations.
 
 #include "ValueSupport.hpp"
 
@@ -9,7 +9,9 @@
 #include <cmath>
 #include <limits>
 #include <locale>
+#include <map>
 #include <random>
+#include <thread>
 
 namespace {
 
@@ -20,6 +22,43 @@ using climate::Weather;
 using meta::PropertySerializer;
 using meta::PropertySerializerRegistry;
 using meta::StandardTypes;
+
+// ---- the types
+
+TEST(StandardTypesTest, AreTheRegisteredObjects) {
+    std::map<std::u16string, meta::StandardType const*> const types = {
+        {u"String", &StandardTypes::stringMeta},
+        {u"StdString", &StandardTypes::stdstringMeta},
+        {u"Boolean", &StandardTypes::booleanMeta},
+        {u"Integer", &StandardTypes::integerMeta},
+        {u"Integer64", &StandardTypes::integer64Meta},
+        {u"UInteger64", &StandardTypes::uinteger64Meta},
+        {u"Real", &StandardTypes::realMeta},
+        {u"UnlimitedNatural", &StandardTypes::unlimitedNaturalMeta},
+    };
+    for (auto const& [name, type] : types) {
+        EXPECT_EQ(type->get().getName(), name);
+        EXPECT_EQ(type->get(), meta::MetaRegistry::getInstance().getPrimitiveType(name));
+        meta::Type const& converted = *type;
+        EXPECT_EQ(&converted, &type->get()) << "found once";
+    }
+    for (char16_t const* name : {u"", u"string", u"Float"})
+        EXPECT_THROW((void)meta::internal::getPrimitiveTypeFromMetaRegistry(name),
+                     MessageException<brant0::messages::NoSuchType>);
+}
+
+TEST(StandardTypesTest, AreFoundFromManyThreads) {
+    static meta::StandardType const fresh(u"Integer");
+    std::vector<meta::Type const*> found(8);
+    std::vector<std::thread> threads;
+    for (meta::Type const*& slot : found)
+        threads.emplace_back([&slot] { slot = &fresh.get(); });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (meta::Type const* type : found)
+        EXPECT_EQ(type, found.front());
+    EXPECT_EQ(*found.front(), StandardTypes::integer());
+}
 
 // ---- numbers and truth values
 

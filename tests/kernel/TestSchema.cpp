@@ -1,6 +1,7 @@
 #include "TestSchema.hpp"
 
 #include "Primitive.ipp"
+#include "brant/zero/Element.hpp"
 #include "brant/zero/Text.hpp"
 
 #include <span>
@@ -17,8 +18,8 @@ namespace shop {
 
 namespace {
 
-s::PropertyRow makeRow(char const* name, char const* identity, s::PropertyKind kind, s::ValueKind valueKind, int flags,
-                       std::uint16_t index, std::size_t offset, s::ClassTable const& owner,
+s::PropertyRow makeRow(char const* name, char const* identity, s::PropertyKind kind, s::ValueKind valueKind,
+                       int flags, std::uint16_t index, std::size_t offset, s::ClassTable const& owner,
                        s::ClassTable const* target = nullptr, s::PropertyRow const* opposite = nullptr,
                        s::PropertyRow const* related = nullptr) {
     s::PropertyRow row{};
@@ -36,10 +37,10 @@ s::PropertyRow makeRow(char const* name, char const* identity, s::PropertyKind k
     return row;
 }
 
-s::PropertyRow many(char const* name, char const* identity, int flags, std::uint16_t index, std::size_t offset,
-                    s::PropertyRow const* opposite = nullptr) {
-    return makeRow(name, identity, s::PropertyKind::ManyReference, s::ValueKind::Element, s::Ordered | flags, index,
-                   offset, Shelf::Impl::table, &Item::Impl::table, opposite);
+s::PropertyRow many(char const* name, char const* identity, int flags, std::uint16_t index,
+                    std::size_t offset, s::PropertyRow const* opposite = nullptr) {
+    return makeRow(name, identity, s::PropertyKind::ManyReference, s::ValueKind::Element, s::Ordered | flags,
+                   index, offset, Shelf::Impl::table, &Item::Impl::table, opposite);
 }
 
 s::PropertyRow list(char const* name, char const* identity, s::ValueKind kind, int flags, std::uint16_t index,
@@ -51,13 +52,6 @@ s::PropertyRow list(char const* name, char const* identity, s::ValueKind kind, i
 template <class Impl>
 ModelElementImpl* construct(ModelImpl* model, boost::uuids::uuid const& uuid) {
     return new Impl(model, uuid);
-}
-
-template <class T>
-std::unique_ptr<AbstractOwnedCollection> makeCollection(ModelElementImpl* owner, s::PropertyRow const& row) {
-    if (row.ordered())
-        return std::make_unique<Standalone<ElementSequence<T>>>(owner, row);
-    return std::make_unique<Standalone<UnorderedElementSet<T>>>(owner, row);
 }
 
 s::ClassTable const* const itemChain[] = {&modelElementTable, &Item::Impl::table};
@@ -77,9 +71,9 @@ s::PropertyRow const* const shelfStored[] = {
 };
 
 template <class Impl>
-s::ClassTable makeTable(char const* name, char const* qualifiedName, char const* identity, s::ClassTable const& base,
-                        std::span<s::ClassTable const* const> chain, std::span<s::PropertyRow const* const> stored,
-                        meta::Class const& (*metaClass)()) {
+s::ClassTable makeTable(char const* name, char const* qualifiedName, char const* identity,
+                        s::ClassTable const& base, std::span<s::ClassTable const* const> chain,
+                        std::span<s::PropertyRow const* const> stored, meta::Class const& (*metaClass)()) {
     s::ClassTable table{};
     table.name = table.shortName = name;
     table.qualifiedName = table.nativeName = table.scriptName = qualifiedName;
@@ -106,10 +100,11 @@ s::ClassTable withRows(s::ClassTable table, std::span<s::PropertyRow const> rows
 } // namespace
 
 s::PropertyRow const Item::Impl::rows[2] = {
-    makeRow("Name", "5f0a3c52-7a0f-4c0b-8f5e-000000000001", s::PropertyKind::Attribute, s::ValueKind::String, s::Ordered,
-            1, offsetof(Impl, name_), table),
-    makeRow("Shelf", "5f0a3c52-7a0f-4c0b-8f5e-000000000002", s::PropertyKind::ContainerEnd, s::ValueKind::Element,
-            s::Ordered, 2, 0, table, &Shelf::Impl::table, &Shelf::Impl::rows[Shelf::Items]),
+    makeRow("Name", "5f0a3c52-7a0f-4c0b-8f5e-000000000001", s::PropertyKind::Attribute, s::ValueKind::String,
+            s::Ordered, 1, offsetof(Impl, name_), table),
+    makeRow("Shelf", "5f0a3c52-7a0f-4c0b-8f5e-000000000002", s::PropertyKind::ContainerEnd,
+            s::ValueKind::Element, s::Ordered, 2, 0, table, &Shelf::Impl::table,
+            &Shelf::Impl::rows[Shelf::Items]),
 };
 
 s::PropertyRow const Shelf::Impl::rows[9] = {
@@ -119,11 +114,13 @@ s::PropertyRow const Shelf::Impl::rows[9] = {
     many("Links", "5f0a3c52-7a0f-4c0b-8f5e-000000000013", 0, 3, offsetof(Impl, links)),
     many("Marks", "5f0a3c52-7a0f-4c0b-8f5e-000000000014", s::Unique, 4, offsetof(Impl, marks)),
     makeRow("Catalog", "5f0a3c52-7a0f-4c0b-8f5e-000000000015", s::PropertyKind::Map, s::ValueKind::Element,
-            s::Contained, 5, offsetof(Impl, catalog), table, &Item::Impl::table, nullptr, &Item::Impl::rows[0]),
+            s::Contained, 5, offsetof(Impl, catalog), table, &Item::Impl::table, nullptr,
+            &Item::Impl::rows[0]),
     makeRow("Gadgets", "5f0a3c52-7a0f-4c0b-8f5e-000000000016", s::PropertyKind::View, s::ValueKind::Element,
-            s::Contained | s::IsDerived, s::noIndex, offsetof(Impl, gadgets), table, &Gadget::Impl::table, nullptr,
-            &Shelf::Impl::rows[Shelf::Items]),
-    list("Notes", "5f0a3c52-7a0f-4c0b-8f5e-000000000017", s::ValueKind::StdString, 0, 6, offsetof(Impl, notes)),
+            s::Contained | s::IsDerived, s::noIndex, offsetof(Impl, gadgets), table, &Gadget::Impl::table,
+            nullptr, &Shelf::Impl::rows[Shelf::Items]),
+    list("Notes", "5f0a3c52-7a0f-4c0b-8f5e-000000000017", s::ValueKind::StdString, 0, 6,
+         offsetof(Impl, notes)),
     list("Numbers", "5f0a3c52-7a0f-4c0b-8f5e-000000000018", s::ValueKind::Integer, s::Unique, 7,
          offsetof(Impl, numbers)),
     makeRow("Lid", "5f0a3c52-7a0f-4c0b-8f5e-000000000019", s::PropertyKind::Reference, s::ValueKind::Element,
@@ -131,17 +128,17 @@ s::PropertyRow const Shelf::Impl::rows[9] = {
 };
 
 s::ClassTable const Item::Impl::table =
-    withRows(makeTable<Impl>("Item", "shop.Item", "5f0a3c52-7a0f-4c0b-8f5e-000000000021", modelElementTable, itemChain,
-                             itemStored, &Item::metaClass),
-             rows, &makeCollection<Item>);
+    withRows(makeTable<Impl>("Item", "shop.Item", "5f0a3c52-7a0f-4c0b-8f5e-000000000021", modelElementTable,
+                             itemChain, itemStored, &Item::metaClass),
+             rows, &makeElementCollection<Item>);
 s::ClassTable const Gadget::Impl::table =
-    withRows(makeTable<Impl>("Gadget", "shop.Gadget", "5f0a3c52-7a0f-4c0b-8f5e-000000000022", Item::Impl::table,
-                             gadgetChain, itemStored, &Gadget::metaClass),
-             {}, &makeCollection<Gadget>);
+    withRows(makeTable<Impl>("Gadget", "shop.Gadget", "5f0a3c52-7a0f-4c0b-8f5e-000000000022",
+                             Item::Impl::table, gadgetChain, itemStored, &Gadget::metaClass),
+             {}, &makeElementCollection<Gadget>);
 s::ClassTable const Shelf::Impl::table =
     withRows(makeTable<Impl>("Shelf", "shop.Shelf", "5f0a3c52-7a0f-4c0b-8f5e-000000000023", modelElementTable,
                              shelfChain, shelfStored, &Shelf::metaClass),
-             rows, &makeCollection<Shelf>);
+             rows, &makeElementCollection<Shelf>);
 
 namespace {
 
@@ -243,8 +240,7 @@ Model createModel() {
 
 Item createProxy(Model const& model, boost::uuids::uuid const& target, bool external) {
     ProxyId id{u"", toUtf16(toString(target)).value(), nullptr};
-    if (external)
-        id.external = std::make_shared<std::u16string>(u"elsewhere");
+    if (external) id.external = std::make_shared<std::u16string>(u"elsewhere");
     return Item(model.createProxy(Item::metaClass(), id).get());
 }
 

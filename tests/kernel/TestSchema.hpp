@@ -34,7 +34,8 @@ class Item : public ModelElement {
 
     Item() noexcept = default;
     explicit Item(ModelElementImpl* body) noexcept : ModelElement(body) {}
-    static Item create(Model const& model, std::u16string const& name = u"", boost::uuids::uuid const& uuid = {});
+    static Item create(Model const& model, std::u16string const& name = u"",
+                       boost::uuids::uuid const& uuid = {});
     static meta::Class const& metaClass();
 
     [[nodiscard]] std::u16string const& getName() const;

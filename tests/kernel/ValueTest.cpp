@@ -1,14 +1,10 @@
 #include "ValueSupport.hpp"
 
 #include "brant/zero/Exceptions.hpp"
-#include "brant/zero/Text.hpp"
-#include "brant/zero/meta/Names.hpp"
 
-#include <cmath>
 #include <functional>
 #include <limits>
 #include <map>
-#include <thread>
 
 namespace {
 
@@ -244,6 +240,13 @@ TEST_F(ValueTest, AnEnumerationIsASignExtendedWord) {
     EXPECT_TRUE(refuses(u"climate.Weather", [&] {
         (void)Value(ValueMeta(weather, ValueFlags::Absent)).getEnumerationWord(table);
     }));
+}
+
+TEST_F(ValueTest, AnUnknownEnumerationIsNotTheTypeOfAValueWithoutType) {
+    schema::EnumTable unknown = EnumerationTraits<Weather>::table;
+    unknown.object = nullptr; // its package is not assembled
+    Value const value(meta::Type(), 7, ValueFlags::One);
+    EXPECT_TRUE(refuses(u"no type", [&] { (void)value.getEnumerationWord(unknown); }));
 }
 
 TEST_F(ValueTest, AnElementHasItsOwnClassAsType) {
@@ -488,43 +491,6 @@ TEST(ValueOperations, TreatANullPayloadAsNone) {
     void* const clone = Value::genericCloner<int>(&seven);
     EXPECT_TRUE(Value::genericComparator<int>(clone, &seven));
     Value::genericDeleter<int>(clone);
-}
-
-// ---- the primitives
-
-TEST(StandardTypesTest, AreTheRegisteredObjects) {
-    std::map<std::u16string, meta::StandardType const*> const types = {
-        {u"String", &StandardTypes::stringMeta},
-        {u"StdString", &StandardTypes::stdstringMeta},
-        {u"Boolean", &StandardTypes::booleanMeta},
-        {u"Integer", &StandardTypes::integerMeta},
-        {u"Integer64", &StandardTypes::integer64Meta},
-        {u"UInteger64", &StandardTypes::uinteger64Meta},
-        {u"Real", &StandardTypes::realMeta},
-        {u"UnlimitedNatural", &StandardTypes::unlimitedNaturalMeta},
-    };
-    for (auto const& [name, type] : types) {
-        EXPECT_EQ(type->get().getName(), name);
-        EXPECT_EQ(type->get(), meta::MetaRegistry::getInstance().getPrimitiveType(name));
-        meta::Type const& converted = *type;
-        EXPECT_EQ(&converted, &type->get()) << "found once";
-    }
-    for (char16_t const* name : {u"", u"string", u"Float"})
-        EXPECT_THROW((void)meta::internal::getPrimitiveTypeFromMetaRegistry(name),
-                     MessageException<brant0::messages::NoSuchType>);
-}
-
-TEST(StandardTypesTest, AreFoundFromManyThreads) {
-    static meta::StandardType const fresh(u"Integer");
-    std::vector<meta::Type const*> found(8);
-    std::vector<std::thread> threads;
-    for (meta::Type const*& slot : found)
-        threads.emplace_back([&slot] { slot = &fresh.get(); });
-    for (std::thread& thread : threads)
-        thread.join();
-    for (meta::Type const* type : found)
-        EXPECT_EQ(type, found.front());
-    EXPECT_EQ(*found.front(), StandardTypes::integer());
 }
 
 } // namespace

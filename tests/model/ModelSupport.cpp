@@ -23,8 +23,7 @@ std::vector<ClassTable const*> const& classes() {
     static std::vector<ClassTable const*> const all = [] {
         std::vector<ClassTable const*> found;
         for (meta::NamedElement const& object : zelkor::ast::MetaPackageZelkor_ast::getInstance().objects())
-            if (meta::Class const cls = meta::Class::cast(object))
-                found.push_back(meta::tableOf(cls));
+            if (meta::Class const cls = meta::Class::cast(object)) found.push_back(meta::tableOf(cls));
         return found;
     }();
     return all;
@@ -86,7 +85,8 @@ Value sampleValue(PropertyRow const& row, unsigned variant) {
     case ValueKind::StdString:
         return Value::createPrimitiveValue(property, " text <&> \"" + std::to_string(variant));
     case ValueKind::String:
-        return Value::createPrimitiveValue(property, std::u16string(u"wide \u20ac ") + char16_t(u'a' + variant));
+        return Value::createPrimitiveValue(property,
+                                           std::u16string(u"wide \u20ac ") + char16_t(u'a' + variant));
     default:
         return enumerationValue(property, row, variant);
     }
@@ -155,10 +155,11 @@ class Dumper {
     explicit Dumper(Model model) : model_(std::move(model)) {}
 
     std::string run() {
-        out_ << "top";
-        for (ModelElement const& element : model_.getTopLevelElements())
+        for (ModelElement const& element : model_.getTopLevelElements()) {
+            out_ << "top";
             reference(element.get());
-        out_ << '\n';
+            out_ << '\n';
+        }
         std::vector<ModelElementImpl*> elements = model_->elements();
         std::sort(elements.begin(), elements.end(),
                   [](auto const* a, auto const* b) { return a->uuid() < b->uuid(); });

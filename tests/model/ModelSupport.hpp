@@ -1,6 +1,6 @@
 /// \file
-/// What the tests of the generated model share: the classes as the run-time description lists them, values that fit
-/// a property, and a text of a whole model in which two states of it can be compared.
+/// What the tests of the generated model share: the classes as the run-time description lists them, values
+/// that fit a property, and a text of a whole model in which two states of it can be compared.
 #pragma once
 
 #include "brant/zero/Core.hpp"
@@ -29,7 +29,8 @@ ClassTable const& concrete(ClassTable const& table);
 std::vector<PropertyRow const*> propertiesOf(ClassTable const& table);
 std::string nameOf(PropertyRow const& row);
 
-/// \returns a value for one attribute that differs from the default; values of different `variant` below 2 differ.
+/// \returns a value for one attribute that differs from the default; values of different `variant` below 2
+/// differ.
 Value sampleValue(PropertyRow const& row, unsigned variant = 0);
 /// The elements that a change of the property needs: targets, members or the owner.
 std::vector<ModelElement> prepareChange(Model const& model, PropertyRow const& row, unsigned variant = 0);
@@ -37,8 +38,8 @@ std::vector<ModelElement> prepareChange(Model const& model, PropertyRow const& r
 void applyChange(ModelElement const& element, PropertyRow const& row, std::vector<ModelElement> const& others,
                  unsigned variant = 0);
 
-/// \returns every stored fact of the model: top-level order, and by identity each element with its container and its
-/// properties. A placeholder shows as what it stands for, since reading may resolve it at any time.
+/// \returns every stored fact of the model: top-level order, and by identity each element with its container
+/// and its properties. A placeholder shows as what it stands for, since reading may resolve it at any time.
 std::string dump(Model const& model);
 /// \returns the first line in which two such texts differ.
 std::string firstDifference(std::string const& a, std::string const& b);

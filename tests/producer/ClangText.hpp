@@ -1,8 +1,10 @@
+// What the front end says, as plain values.
 #pragma once
 
 #include <clang-c/Index.h>
 
 #include <string>
+#include <vector>
 
 namespace zelkor::producer::test {
 
@@ -12,5 +14,8 @@ inline std::string take(CXString string) {
     clang_disposeString(string);
     return copy;
 }
+
+std::string plainName(CXCursor cursor);
+std::vector<CXCursor> childrenOf(CXCursor cursor);
 
 } // namespace zelkor::producer::test

@@ -248,6 +248,36 @@ TEST_F(DeclarationFacts, ForwardDeclarationsAddPositionsToTheDefinition) {
     EXPECT_EQ(facts.body->end, (Position{facts.body->start.file, 8, 58}));
 }
 
+TEST_F(DeclarationFacts, NamelessSiblingsStayApart) {
+    std::size_t nameless = 0;
+    std::size_t same = 0;
+    std::size_t bitFields = 0;
+    std::size_t standIns = 0;
+    Id const point = findEntity(*plain, EntityKind::Struct, "point")->id;
+    for (Entity const& entity : plain->entities) {
+        bool const isRecord = entity.as<RecordFacts>() != nullptr;
+        VariableFacts const* const field = entity.as<VariableFacts>();
+        nameless += isRecord && entity.name.empty() ? 1 : 0;
+        same += entity.name == "same" ? 1 : 0;
+        bitFields += field && entity.name.empty() && field->bits ? 1 : 0;
+        standIns += field && entity.name.empty() && !field->bits && entity.owner == point ? 1 : 0;
+    }
+    EXPECT_EQ(nameless, 5U);
+    EXPECT_EQ(same, 2U);
+    EXPECT_EQ(bitFields, 2U);
+    EXPECT_EQ(standIns, 2U) << "members that the anonymous struct and union stand for";
+}
+
+TEST_F(DeclarationFacts, PrototypesAreDefinedByTheirDefinition) {
+    Entity const* const later = findEntity(*first, EntityKind::Struct, "Later");
+    ASSERT_NE(later, nullptr);
+    EXPECT_TRUE(later->isPrototype);
+    EXPECT_TRUE(later->isDefined);
+    ASSERT_TRUE(later->definition.has_value());
+    EXPECT_EQ(later->declarations.size(), 1U);
+    EXPECT_NE(findEntity(*first, EntityKind::Member, "item", "Later"), nullptr);
+}
+
 TEST_F(DeclarationFacts, Enumerations) {
     Entity const* const colour = findEntity(*first, EntityKind::Enum, "Colour");
     ASSERT_NE(colour, nullptr);

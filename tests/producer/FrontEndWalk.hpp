@@ -26,7 +26,7 @@ class FrontEndWalk {
         std::size_t elements = 0;     // elements of the model that were found for them
     };
 
-    // `dropped` holds the places "file:line:column" of definitions that lost against another.
+    // `dropped` holds "file:line:column name" of definitions that lost against another.
     FrontEndWalk(ModelIndex const& index, std::string root, std::string resourceDirectory,
                  std::set<std::string> dropped);
 
@@ -44,7 +44,7 @@ class FrontEndWalk {
         std::string name;
     };
 
-    CXChildVisitResult visit(CXCursor cursor);
+    CXChildVisitResult visit(CXCursor cursor, CXCursor parent);
     void check(CXCursor cursor, std::string const& kind);
     void checkNamespace(CXCursor cursor);
     zelkor::ast::Symbol match(CXCursor cursor, std::string const& kind, Place const& place) const;
@@ -67,6 +67,7 @@ class FrontEndWalk {
                         unsigned depth) const;
     std::string ownerText(CXCursor cursor) const;
     bool placeOf(CXCursor cursor, Place& place) const;
+    bool isDropped(CXCursor cursor) const;
     bool isInProject(Place const& place) const;
 
     ModelIndex const& index_;
@@ -78,5 +79,8 @@ class FrontEndWalk {
     std::set<std::string> seen_;
     std::set<brant::zero::ModelElementImpl*> found_;
 };
+
+bool isPrototype(zelkor::ast::Symbol const& symbol);
+zelkor::ast::types::AccessSpecifierKind accessOf(CXCursor cursor);
 
 } // namespace zelkor::producer::test

@@ -21,7 +21,8 @@ za::Project Imported::project() const {
 }
 
 std::string Imported::json() const {
-    return za::io::serializeToUTF8String(ast, za::io::IoFormat::json);
+    za::Ast copy = ast; // of the handle; writing resolves proxies, so it takes one that is not const
+    return za::io::serializeToUTF8String(copy, za::io::IoFormat::json);
 }
 
 Imported import(std::filesystem::path const& database, unsigned jobs, std::string const& root) {
@@ -140,7 +141,7 @@ CheckReport checkImport(std::filesystem::path const& database, std::string const
     checkTexts(imported, database, root, report.faults);
     std::set<std::string> dropped;
     for (VariantReport const& variant : imported.result.variants)
-        dropped.insert(variant.dropped);
+        dropped.insert(variant.dropped + ' ' + variant.name);
     ModelIndex const index(imported.project());
     FrontEndWalk walk(index, imported.result.root, resourceDirectory, dropped);
     for (WalkedUnit const& unit : readDatabase(database))

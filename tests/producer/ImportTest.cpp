@@ -64,28 +64,6 @@ TEST_F(Import, EveryClassOfTheProducerIsReached) {
     EXPECT_EQ(total, imported.ast.getModel().size());
 }
 
-TEST_F(Import, PrintsAsWritten) {
-    Imported const imported = import(wholeProject(), 1);
-    struct Row {
-        char const* name;
-        char const* qualified;
-        char const* signature;
-    };
-    for (Row const& row : {
-             Row{"isLarge", "shapes::Shape::isLarge",
-                 "inline bool shapes::Shape::isLarge(double limit, int digits) const"},
-             Row{"largest", "shapes::largest<typename T>", "T shapes::largest<typename T>(T a, T b)"},
-             Row{"pointer", "pointer", "int const * pointer"},
-             Row{"sparse", "sparse", "int sparse[100]"},
-             Row{"low", "shapes::Word::low", "inline unsigned int shapes::Word::low(void)"},
-         }) {
-        za::Symbol const symbol = findSymbol(imported.project(), row.name);
-        ASSERT_TRUE(symbol) << row.name;
-        EXPECT_EQ(symbol.getFullyQualifiedName(), row.qualified);
-        EXPECT_EQ(symbol.generateSignature(), row.signature);
-    }
-}
-
 TEST_F(Import, UnitsStandInTheOrderOfTheDatabase) {
     Imported const imported = import(
         database({commandFor("second.cpp"), commandFor("plain.c"), commandFor("second.cpp", "-DAGAIN")}), 3);

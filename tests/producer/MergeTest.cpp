@@ -110,6 +110,21 @@ TEST(Merge, HeadersUnderDifferentMacrosAreVariants) {
               0U);
 }
 
+TEST(Merge, SpecialisationsThatDifferInConstraintsStayApart) {
+    TemporaryDirectory const directory;
+    directory.write(
+        "a.cpp",
+        "template <class T> concept A = sizeof(T) == 1;\ntemplate <class T> concept B = sizeof(T) == 2;\n"
+        "template <class T> struct S {};\ntemplate <A T> struct S<T> { int a; };\n"
+        "template <B T> struct S<T> { int b; };\n");
+    ProjectFacts facts;
+    facts.add(parse("a.cpp", {"-std=c++20"}, directory.path()));
+    EXPECT_EQ(countMerged(facts, EntityKind::Template, "S"), 3U);
+    EXPECT_EQ(countMerged(facts, EntityKind::Struct, "S"), 3U);
+    EXPECT_EQ(countMerged(facts, EntityKind::Member, "a"), 1U);
+    EXPECT_EQ(countMerged(facts, EntityKind::Member, "b"), 1U);
+}
+
 TEST(Merge, RepeatedTypedefsAreNoVariants) {
     TemporaryDirectory const directory;
     directory.write("a.c", "typedef struct node node;\nnode *first;\n");

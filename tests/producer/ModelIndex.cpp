@@ -27,6 +27,11 @@ std::vector<za::Symbol> const& ModelIndex::at(Place const& place) const {
     return found == places_.end() ? none : found->second;
 }
 
+za::Namespace ModelIndex::space(std::string const& scopeText) const {
+    auto const found = spaces_.find(scopeText);
+    return found == spaces_.end() ? za::Namespace() : found->second;
+}
+
 Place ModelIndex::placeOf(za::source::SourcePosition const& position) {
     za::source::SourceFile const file = position.getFile();
     return {file ? brant::zero::toUtf8(file.getPath()) : std::string(), position.getLine(),
@@ -68,6 +73,7 @@ void ModelIndex::addPosition(za::source::SourcePosition const& position, za::Sym
 void ModelIndex::addScope(za::Scope const& scope) {
     if (!scope) return;
     count(scope);
+    if (auto const space = za::Namespace::cast(scope)) spaces_.emplace(scopeText(space), space);
     for (za::constants::Constant const constant : scope.getConstants())
         addConstant(constant);
     for (za::Symbol const symbol : scope.getSymbols())

@@ -19,6 +19,8 @@ class ModelIndex {
 
     std::vector<zelkor::ast::Symbol> const& at(Place const& place) const;
     std::vector<zelkor::ast::Symbol> const& symbols() const { return symbols_; }
+    // The namespace with that text as scope, or null.
+    zelkor::ast::Namespace space(std::string const& scopeText) const;
     // Elements that the walk met, by class.
     std::map<std::string, std::size_t> const& counts() const { return counts_; }
 
@@ -38,6 +40,7 @@ class ModelIndex {
 
     std::map<Place, std::vector<zelkor::ast::Symbol>> places_;
     std::vector<zelkor::ast::Symbol> symbols_;
+    std::map<std::string, zelkor::ast::Namespace> spaces_;
     std::map<std::string, std::size_t> counts_;
 };
 

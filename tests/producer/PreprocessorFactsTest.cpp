@@ -99,7 +99,7 @@ TEST(PreprocessorFacts, CommentsOfProjectFiles) {
     UnitFacts const facts = parse("second.cpp");
     FileFact const* const file = findFile(facts, "second.cpp");
     ASSERT_NE(file, nullptr);
-    ASSERT_EQ(file->comments.size(), 3U);
+    ASSERT_EQ(file->comments.size(), 4U);
     EXPECT_EQ(file->comments[1].text, "// not the one of first.cpp");
     EXPECT_EQ(file->comments[1].range.start, (Position{file->id, 4, 28}));
     EXPECT_EQ(file->comments[1].range.end, (Position{file->id, 4, 54}));

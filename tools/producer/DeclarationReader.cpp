@@ -92,6 +92,12 @@ bool isLambda(CXCursor cursor) {
            toText(clang_getCursorSpelling(cursor)).starts_with("(lambda at ");
 }
 
+bool isNameless(CXCursor cursor) {
+    CXCursorKind const kind = clang_getCursorKind(cursor);
+    bool const mayBe = isRecordCursor(kind) || kind == CXCursor_EnumDecl || kind == CXCursor_FieldDecl;
+    return mayBe && nameOf(cursor).empty();
+}
+
 std::string nameOf(CXCursor cursor) {
     std::string name = toText(clang_getCursorSpelling(cursor));
     CXCursorKind kind = clang_getCursorKind(cursor);
@@ -103,6 +109,18 @@ std::string nameOf(CXCursor cursor) {
 }
 
 namespace {
+
+std::vector<CXCursor> fieldsOf(CXType type) {
+    std::vector<CXCursor> fields;
+    clang_Type_visitFields(
+        type,
+        [](CXCursor field, CXClientData data) {
+            static_cast<std::vector<CXCursor>*>(data)->push_back(field);
+            return CXVisit_Continue;
+        },
+        &fields);
+    return fields;
+}
 
 // Members depend on the scope too: a union holds no methods, and a static data member is a variable to the
 // front end.
@@ -128,18 +146,33 @@ std::string DeclarationReader::keyOf(CXCursor cursor) {
         return file ? file->path : std::string();
     };
     std::string usr = toText(clang_getCursorUSR(canonical));
-    if (isLambda(canonical) || usr.empty() || usr == "c:") {
-        auto const position = sources_.position(location);
-        return place() + ':' +
+    CXCursor const scope = clang_getCursorSemanticParent(canonical);
+    // The front end gives equal ids to all nameless things of a scope, and to equal names inside them.
+    std::string const outer =
+        isNameless(scope) || isNameless(canonical) ? boost::uuids::to_string(ownerKeyOf(scope)) + '|' : "";
+    if (isNameless(canonical) || usr.empty() || usr == "c:") {
+        // Where it begins; for what has no name the location itself is not the same in C and in C++.
+        auto const position = sources_.position(clang_getRangeStart(clang_getCursorExtent(canonical)));
+        return outer + place() + ':' +
                (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
                '|' + toText(clang_getCursorKindSpelling(clang_getCursorKind(canonical)));
     }
-    CXCursor const scope = clang_getCursorSemanticParent(canonical);
-    // The front end gives all closures of a function one id, so what is inside them needs more than its own.
-    if (isLambda(scope)) return boost::uuids::to_string(identityOf(scope)) + '|' + usr;
+    if (!outer.empty()) return outer + usr;
     bool const isLocalToFile = !usr.starts_with("c:@") || clang_Cursor_isAnonymous(canonical) ||
                                clang_getCursorLinkage(canonical) == CXLinkage_Internal;
+    if (usr.find("@SP>") != std::string::npos) {
+        // Partial specialisations that differ in constraints only have one id.
+        auto const position = sources_.position(location);
+        return place() + ':' +
+               (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
+               '|' + usr;
+    }
     return isLocalToFile ? place() + '|' + usr : usr;
+}
+
+Id DeclarationReader::ownerKeyOf(CXCursor scope) {
+    CXCursorKind const kind = clang_getCursorKind(scope);
+    return clang_isInvalid(kind) || kind == CXCursor_TranslationUnit ? Id{} : identityOf(scope);
 }
 
 Id DeclarationReader::identityOf(CXCursor cursor) {
@@ -268,6 +301,7 @@ void DeclarationReader::declare(CXCursor cursor) {
 void DeclarationReader::declareRecord(CXCursor cursor, Id const& id) {
     // An explicit instantiation looks like a definition, but has nothing in it.
     if (entity(id).templateOf.is_nil()) written_.insert(id);
+    bool hasAnonymous = false;
     visitChildren(cursor, [&](CXCursor child) {
         CXCursorKind const kind = clang_getCursorKind(child);
         if (kind == CXCursor_FriendDecl) {
@@ -276,8 +310,14 @@ void DeclarationReader::declareRecord(CXCursor cursor, Id const& id) {
         }
         if (clang_isDeclaration(kind)) written_.insert(id);
         declare(child);
+        if (isRecordCursor(kind) && clang_Cursor_isAnonymousRecordDecl(child)) hasAnonymous = true;
         return CXChildVisit_Continue;
     });
+    // An anonymous union is a member without a name, which has no cursor among the children.
+    if (!hasAnonymous) return;
+    for (CXCursor const& field : fieldsOf(clang_getCursorType(cursor))) {
+        if (isNameless(field)) meet(field);
+    }
 }
 
 void DeclarationReader::declareFriend(CXCursor cursor, Id const& record) {
@@ -313,7 +353,7 @@ void DeclarationReader::declareFriend(CXCursor cursor, Id const& record) {
 
 void DeclarationReader::declareTemplate(CXCursor cursor) {
     meet(cursor);
-    bool const isNew = described_.insert(cursor).second;
+    bool const isNew = describedPrototypes_.insert(cursor).second;
     Id const prototype = referPrototype(cursor);
     if (prototype.is_nil()) return;
     if (isNew) fold(prototype, describe(cursor, entity(prototype).kind, true));
@@ -389,8 +429,14 @@ void DeclarationReader::finish() {
     for (std::size_t i = 0; i < records_.size(); ++i) {
         if (!written_.contains(identityOf(records_[i]))) readInstantiation(records_[i]);
     }
-    for (Entity& made : entities_)
+    for (Entity& made : entities_) {
+        FunctionFacts* const function = made.as<FunctionFacts>();
+        // A member that the text of its class does not show, such as an inherited constructor.
+        bool const isHidden =
+            !met_.contains(made.id) && written_.contains(made.owner) && made.templateOf.is_nil();
+        if (function && isHidden) function->isCompilerGenerated = true;
         meet(made.id);
+    }
     for (Entity* const next : order_)
         listInOwner(*next);
     for (Entity* const next : order_) {
@@ -404,15 +450,7 @@ void DeclarationReader::finish() {
 
 void DeclarationReader::readInstantiation(CXCursor cursor) {
     entity(identityOf(cursor)).as<RecordFacts>()->isInstantiated = true;
-    std::vector<CXCursor> fields;
-    clang_Type_visitFields(
-        clang_getCursorType(cursor),
-        [](CXCursor field, CXClientData data) {
-            static_cast<std::vector<CXCursor>*>(data)->push_back(field);
-            return CXVisit_Continue;
-        },
-        &fields);
-    for (CXCursor const& field : fields)
+    for (CXCursor const& field : fieldsOf(clang_getCursorType(cursor)))
         refer(field);
 }
 

@@ -38,6 +38,7 @@ class DeclarationReader {
     Entity& entity(Id const& id) { return *table_.at(id); }
     Id identityOf(CXCursor cursor);
     std::string keyOf(CXCursor cursor);
+    Id ownerKeyOf(CXCursor scope);
     Id ownerOf(CXCursor cursor);
     Id ensure(Id const& id, EntityKind kind, CXCursor cursor, bool asPrototype);
     Entity& meet(CXCursor cursor);
@@ -88,6 +89,7 @@ class DeclarationReader {
     std::unordered_map<Id, Entity*, IdHash> table_;
     std::unordered_map<CXCursor, Id, CursorHash, CursorEqual> identities_;
     std::unordered_set<CXCursor, CursorHash, CursorEqual> described_;
+    std::unordered_set<CXCursor, CursorHash, CursorEqual> describedPrototypes_;
     std::unordered_set<Id, IdHash> met_;
     std::vector<Entity*> order_;
     std::vector<CXCursor> records_;
@@ -99,6 +101,8 @@ class DeclarationReader {
 std::string nameOf(CXCursor cursor);
 
 bool isLambda(CXCursor cursor);
+// Whether it is an aggregate, enumeration or field that has no name of its own.
+bool isNameless(CXCursor cursor);
 bool isTemplateCursor(CXCursorKind kind);
 bool isRecordCursor(CXCursorKind kind);
 bool isFunctionCursor(CXCursorKind kind);

@@ -66,9 +66,10 @@ std::string differenceOf(Entity const& known, Entity const& seen) {
             return other ? differenceOf(facts, *other) : std::string("another kind of entity");
         },
         known.detail);
-    // The same text in two files is legal for typedefs, and only there.
-    if (difference.empty() && known.kind != EntityKind::Typedef && known.definition && seen.definition &&
-        *known.definition != *seen.definition) {
+    // The same text in two files is legal for typedefs, and only there; what has no name is placed
+    // differently in C.
+    if (difference.empty() && known.kind != EntityKind::Typedef && !known.name.empty() && known.definition &&
+        seen.definition && *known.definition != *seen.definition) {
         difference = "another place";
     }
     return difference;
@@ -81,6 +82,10 @@ void shareAll(Entity& to, Entity&& from) {
     if (to.linkage == Linkage::None) to.linkage = from.linkage;
     if (FunctionFacts* const function = to.as<FunctionFacts>()) {
         if (FunctionFacts const* const other = from.as<FunctionFacts>()) shareFunction(*function, *other);
+    }
+    if (VariableFacts* const variable = to.as<VariableFacts>()) {
+        VariableFacts const* const other = from.as<VariableFacts>();
+        if (other && !variable->initialiser) variable->initialiser = other->initialiser;
     }
     if (RecordFacts* const record = to.as<RecordFacts>()) {
         RecordFacts const* const other = from.as<RecordFacts>();

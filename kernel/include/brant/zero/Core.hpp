@@ -177,6 +177,9 @@ struct ZELKOR_API Core {
     static ModelElement createInto(Body& owner, Row const& row, Builder& builder,
                                    boost::uuids::uuid const& uuid);
     static void announce(Body& element);
+    /// Takes part in transactions like any other element from now on, without having been announced.
+    static void passOver(Body& element) noexcept { element.state_ |= Body::Announced | Body::Silent; }
+    static bool isSilent(Body const& element) noexcept { return (element.state_ & Body::Silent) != 0; }
     /// Copies what a builder was given into a body that is not announced yet; contained elements come later.
     static void takeValues(Body& element, Builder& builder);
     static void cascade(Body& element, Builder& builder);

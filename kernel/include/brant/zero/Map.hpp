@@ -38,7 +38,7 @@ struct MapMembers {
     }
 };
 
-extern template class ReferenceCollectionWithProxies<GenericMapInterface, MapMembers>;
+extern template class ZELKOR_API ReferenceCollectionWithProxies<GenericMapInterface, MapMembers>;
 
 /// A collection of counted references in the order of their keys, without its element type.
 ///

@@ -282,7 +282,7 @@ class ZELKOR_API ModelElementImpl : public ElementImpl {
     friend class ModelImpl;
     friend class TransactionCoordinator;
 
-    enum State : std::uint16_t { Proxy = 1, Announced = 2, HasHeld = 4 };
+    enum State : std::uint16_t { Proxy = 1, Announced = 2, HasHeld = 4, Silent = 8 };
 
     ModelImpl* owner_;
     ModelElementImpl* container_ = nullptr;

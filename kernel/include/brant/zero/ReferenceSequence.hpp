@@ -113,6 +113,7 @@ class ZELKOR_API ReferenceSequence : public GenericSequenceInterface {
     static void freeBlock(Block* block) noexcept;
     static Block* allocateBlock(std::size_t capacity);
     void giveOrder(std::size_t index, ModelElementImpl* element);
+    void spread(std::size_t index);
     void renumber();
     void settleOrder() noexcept;
     void grow(bool inFront);

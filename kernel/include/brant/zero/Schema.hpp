@@ -7,6 +7,8 @@
 /// lock.
 #pragma once
 
+#include "brant/zero/Export.hpp"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -238,6 +240,6 @@ struct RootTable {
 } // namespace schema
 
 /// The class of all elements; it has no properties.
-extern schema::ClassTable const modelElementTable;
+extern ZELKOR_API schema::ClassTable const modelElementTable;
 
 } // namespace brant::zero

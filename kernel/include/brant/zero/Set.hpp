@@ -22,7 +22,7 @@ struct SetMembers {
     [[nodiscard]] static ModelElement const& member(ModelElement const& entry) noexcept { return entry; }
 };
 
-extern template class ReferenceCollectionWithProxies<ReferenceCollection, SetMembers>;
+extern template class ZELKOR_API ReferenceCollectionWithProxies<ReferenceCollection, SetMembers>;
 
 /// An unordered collection of counted references, made on demand for a property that its maker keeps by
 /// himself: no class of the schema holds one as a field, so members do not move in the containment tree.

@@ -31,7 +31,7 @@ namespace brant::zero {
 ///
 /// `Members` says what the container is, how a member's key is found and where in an entry the member stands.
 template <class Base, class Members>
-class ReferenceCollectionWithProxies : public Base {
+class ZELKOR_API ReferenceCollectionWithProxies : public Base {
   public:
     using Container = typename Members::Container;
 
@@ -122,6 +122,8 @@ class ReferenceCollectionWithProxies : public Base {
     void invertStep(UndoEntry const& entry);
     template <class Table>
     void takeBack(Table const& inserted) noexcept;
+    /// Exchanges a placeholder for its target. \returns false when the target's key is taken.
+    bool replaceEntry(typename ProxyTable::const_iterator entry, ModelElement const& target);
     template <class Accept>
     void resolveProxies(Accept accept);
 

@@ -14,8 +14,8 @@ namespace brant::zero::io {
 class TextSource;
 
 /// Reads texts into a model, each in one transaction: when one cannot be read, the model is as it was before.
-/// Takes time linear in the text; beside the model it needs a buffer, the longest single value and tables of the
-/// identities and references, and it does not recurse.
+/// Takes time linear in the text; beside the model it needs a buffer, the longest single value and tables of
+/// the identities and references, and it does not recurse.
 class ZELKOR_API Parser {
   public:
     /// Whether the path of the text is kept as the URI of what was read. It has no effect on elements.

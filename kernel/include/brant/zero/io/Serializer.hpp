@@ -15,9 +15,10 @@ class Sink;
 /// Where a text goes. Movable; used for one text.
 class ZELKOR_API SerializationOutput {
   public:
-    /// A file by its path. A regular file is written beside the target, through symbolic links, flushed to disk and
-    /// renamed, so that the old content stays until the new one is whole; pipes and devices are written directly.
-    /// Nothing is opened before the text is written. \throws FileError then, with path and reason.
+    /// A file by its path. A regular file is written beside the target, through symbolic links, flushed to
+    /// disk and renamed, so that the old content stays until the new one is whole; pipes and devices are
+    /// written directly. Nothing is opened before the text is written. \throws FileError then, with path and
+    /// reason.
     static SerializationOutput forFile(std::u16string const& path, log::Span const& span);
     /// Appends UTF-8 to a string. \requires the string to outlive the output.
     static SerializationOutput forUTF8String(std::string& text);
@@ -47,8 +48,8 @@ class ZELKOR_API SerializeCustomizer {
     bool skipDefaults_ = false;
 };
 
-/// Writes whole models. Takes time linear in the model and, beside a buffer, memory linear in the depth of its
-/// containment; does not recurse, opens no transaction and resolves no placeholder.
+/// Writes whole models. Takes time linear in the model and, beside a buffer, memory linear in the depth of
+/// its containment; does not recurse, opens no transaction and resolves no placeholder.
 class ZELKOR_API Serializer {
   public:
     virtual ~Serializer();

@@ -1,0 +1,268 @@
+// Builders: what they hold, what they make, and what they leave behind when they fail.
+
+#include "model/ModelSupport.hpp"
+
+#include "brant/zero/meta/Names.hpp"
+#include "zelkor/ast.hpp"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <stdexcept>
+
+using namespace testmodel;
+namespace za = zelkor::ast;
+
+namespace {
+
+std::unique_ptr<za::Variable::Builder> variable(std::string name) {
+    auto builder = std::make_unique<za::Variable::Builder>();
+    builder->setName(std::move(name));
+    return builder;
+}
+
+/// A chain of builders, the outermost first; `downward` says from which end it is put together.
+template <class Give>
+std::unique_ptr<za::Scope::Builder> chain(std::size_t depth, bool downward, Give give) {
+    auto outermost = std::make_unique<za::Scope::Builder>();
+    za::Scope::Builder* at = outermost.get();
+    for (std::size_t i = 0; i < depth; ++i) {
+        auto next = std::make_unique<za::Scope::Builder>();
+        za::Scope::Builder* const below = next.get();
+        if (downward) {
+            give(*at, std::move(next));
+            at = below;
+        } else {
+            give(*next, std::move(outermost));
+            outermost = std::move(next);
+        }
+    }
+    return outermost;
+}
+
+} // namespace
+
+TEST(Builder, MakesAWholeSubtree) {
+    Model const model = newModel();
+    Model const defaults = newModel();
+    za::Template const assoc = za::Template::create(model);
+    auto scope = std::make_unique<za::Scope::Builder>();
+    scope->addSymbols(variable("local"));
+    za::Function::Builder builder(model);
+    builder.setName("f")
+        .setAssocTemplate(assoc)
+        .setScope(std::move(scope))
+        .addParams(variable("p"))
+        .addParams(variable("q"));
+    builder.addComments({u"one", u"two"}).setDefPos(std::make_unique<za::source::SourcePosition::Builder>());
+    boost::uuids::uuid const chosen = ElementImpl::generateNewUuid();
+    std::size_t notices = 0;
+    Subscription const subscription = model.onCommit([&](CommitNotice const& notice) {
+        ++notices;
+        EXPECT_EQ(notice.created.size(), 6u);
+        EXPECT_TRUE(notice.changed.empty());
+    });
+    za::Function const function = builder.create(chosen);
+    EXPECT_EQ(notices, 1u);
+    EXPECT_EQ(function.uuid(), chosen);
+    EXPECT_EQ(function.getName(), "f");
+    EXPECT_EQ(function.getAssocTemplate(), assoc);
+    EXPECT_EQ(function.getParams().size(), 2u);
+    EXPECT_EQ(function.getParams()[1].getName(), "q");
+    EXPECT_EQ(function.getParams()[0].getOwningFunPrototype(), function);
+    EXPECT_EQ(function.getScope().getOwningFun(), function);
+    EXPECT_EQ(function.getScope().getSymbols()[0].getOwningScope(), function.getScope());
+    EXPECT_EQ(function.getDefPos().container(), function);
+    EXPECT_EQ(function.getComments().size(), 2u);
+    // What was not given has the default of the schema, not zero.
+    EXPECT_EQ(function.getSpecialKind(), za::Function::create(defaults).getSpecialKind());
+    EXPECT_NE(static_cast<int>(function.getSpecialKind()), 0);
+    EXPECT_EQ(violationOf(model), "");
+}
+
+TEST(Builder, TheGivenBitCounts) {
+    Model const model = newModel();
+    za::Function::Builder builder(model);
+    EXPECT_EQ(builder.setProperties().size(), za::Function::Impl::table.count);
+    EXPECT_TRUE(builder.setProperties().none());
+    builder.addParams(variable("p")).clearParams().addComments(u"c").clearComments();
+    PropertyRow const& params = Core::rowOf(za::Function::params().getProperty());
+    EXPECT_TRUE(builder.isGiven(params.index));
+    EXPECT_EQ(builder.setProperties().count(), 2u);
+    za::Function const function = builder.create();
+    EXPECT_FALSE(function.hasParams());
+    EXPECT_FALSE(function.hasComments());
+    // Reflection reaches the rungs of the superclasses.
+    za::Macro::Builder macro(model);
+    std::unique_ptr<Builder> position = std::make_unique<za::source::SourcePosition::Builder>();
+    macro.setOrAdd(za::Macro::defPos().getProperty(), position);
+    EXPECT_TRUE(macro.isGiven(1));
+    EXPECT_TRUE(macro.create().getDefPos());
+}
+
+TEST(Builder, WhatItDoesNotTakeStaysWithTheCaller) {
+    Model const model = newModel();
+    struct Case {
+        char const* what;
+        meta::Property property;
+        std::unique_ptr<Builder> sub;
+        char const* failure;
+    };
+    Case cases[] = {
+        {"wrong class", za::Function::params().getProperty(), std::make_unique<za::Macro::Builder>(),
+         "CannotAddIncompatibleTypes"},
+        {"plain reference", za::Function::assocTemplate().getProperty(),
+         std::make_unique<za::Template::Builder>(), "NoSuchProperty"},
+        {"property of another class", za::Macro::name().getProperty(), std::make_unique<za::Macro::Builder>(),
+         "NoSuchProperty"},
+        {"container end", za::Function::owningScope().getProperty(), std::make_unique<za::Scope::Builder>(),
+         "NoSuchProperty"},
+        {"null", za::Function::params().getProperty(), nullptr, "NoSuchProperty"},
+        {"no property", meta::Property(), std::make_unique<za::Variable::Builder>(), "NoSuchProperty"},
+    };
+    for (Case& one : cases) {
+        za::Function::Builder builder(model);
+        Builder* const given = one.sub.get();
+        EXPECT_EQ(failureOf([&] { builder.setOrAdd(one.property, one.sub); }), one.failure) << one.what;
+        EXPECT_EQ(one.sub.get(), given) << one.what;
+        EXPECT_TRUE(builder.setProperties().none()) << one.what;
+    }
+    za::Function::Builder builder(model);
+    EXPECT_EQ(failureOf([&] { builder.setOrAdd(za::Function::params().getProperty(), Value()); }),
+              "NoSuchProperty");
+    EXPECT_TRUE(builder.setProperties().none());
+}
+
+TEST(Builder, ASecondSingleBuilderEndsTheFirst) {
+    struct Witness : za::Scope::Impl::BuilderBase<Witness> {
+        explicit Witness(bool& ended) : ended_(ended) {}
+        ~Witness() override { ended_ = true; }
+        [[nodiscard]] ClassTable const& classTable() const noexcept override {
+            return za::Scope::Impl::table;
+        }
+        using Element = za::Scope;
+        bool& ended_;
+    };
+    bool ended = false;
+    za::Function::Builder builder(newModel());
+    builder.setScope(std::make_unique<Witness>(ended));
+    EXPECT_FALSE(ended);
+    builder.setScope(std::make_unique<za::Scope::Builder>());
+    EXPECT_TRUE(ended);
+}
+
+TEST(Builder, AFailureLeavesNothing) {
+    Model const model = newModel();
+    Model const other = newModel();
+    za::Macro const present = za::Macro::create(model);
+    std::function<void()> const attempts[] = {
+        [&] { za::Function::Builder(model).setName("f").create(present.uuid()); },
+        [&] { za::Function::Builder(model).setAssocTemplate(za::Template::create(other)).create(); },
+        [&] {
+            auto param = variable("p");
+            param->setType(za::types::VoidType::create(other));
+            za::Function::Builder(model).addParams(variable("ok")).addParams(std::move(param)).create();
+        },
+        [&] {
+            auto first = std::make_unique<za::source::SourceFile::Builder>();
+            auto second = std::make_unique<za::source::SourceFile::Builder>();
+            first->setPath(u"/same");
+            second->setPath(u"/same");
+            za::Project::Builder(model).addFiles(std::move(first)).addFiles(std::move(second)).create();
+        },
+    };
+    std::string const before = dump(model);
+    for (auto const& attempt : attempts) {
+        EXPECT_NE(failureOf(attempt), "");
+        EXPECT_EQ(firstDifference(before, dump(model)), "");
+    }
+    EXPECT_EQ(failureOf([] { za::Macro::Builder().create(); }), "CannotCreateWithoutModel");
+}
+
+TEST(Builder, MayBeUsedAgainAlsoAfterAFailure) {
+    Model const model = newModel();
+    za::Macro const present = za::Macro::create(model);
+    za::Function::Builder builder(model);
+    builder.setName("f").addParams(variable("p"));
+    EXPECT_EQ(failureOf([&] { builder.create(present.uuid()); }), "UniquenessConstraint");
+    za::Function const first = builder.create();
+    za::Function const second = builder.create();
+    EXPECT_NE(first, second);
+    EXPECT_NE(first.getParams()[0], second.getParams()[0]);
+    EXPECT_EQ(second.getParams()[0].getName(), "p");
+}
+
+TEST(Builder, CreateIntoPutsTheElementInPlaceOrNowhere) {
+    Model const model = newModel();
+    za::Function const function = za::Function::create(model);
+    boost::uuids::uuid const chosen = ElementImpl::generateNewUuid();
+    za::Scope const scope = function.createIntoScope(za::Scope::Builder(), chosen);
+    EXPECT_EQ(scope.uuid(), chosen);
+    EXPECT_EQ(function.getScope(), scope);
+    za::Variable::Builder named;
+    named.setName("v");
+    za::Symbol const symbol = scope.createIntoSymbols(named);
+    EXPECT_EQ(symbol.getOwningScope(), scope);
+    za::Project const project = za::Project::create(model);
+    za::source::SourceFile::Builder file;
+    file.setPath(u"/a");
+    project.createIntoFiles(file);
+    std::string const before = dump(model);
+    EXPECT_EQ(failureOf([&] { project.createIntoFiles(file); }), "UniquenessConstraint");
+    EXPECT_EQ(firstDifference(before, dump(model)), "");
+    EXPECT_EQ(violationOf(model), "");
+}
+
+TEST(Builder, WithoutCascadeNothingIsAnnounced) {
+    Model const model = newModel();
+    za::Function::Builder builder(model);
+    builder.setName("f").addParams(variable("p"));
+    std::size_t created = 0;
+    Subscription const subscription =
+        model.onCommit([&](CommitNotice const& notice) { created += notice.created.size(); });
+    za::Function const function = za::Function::cast(builder.doCreate(true, {}));
+    EXPECT_EQ(created, 0u);
+    EXPECT_EQ(function.getName(), "f");
+    EXPECT_FALSE(function.hasParams());
+}
+
+TEST(Builder, NestingHasALimitFromBothEnds) {
+    std::size_t const limit = Builder::nestingLimit;
+    auto const typed = [](za::Scope::Builder& outer, std::unique_ptr<za::Scope::Builder> inner) {
+        outer.addNamespaces(std::move(inner));
+    };
+    auto const generic = [](za::Scope::Builder& outer, std::unique_ptr<za::Scope::Builder> inner) {
+        std::unique_ptr<Builder> sub = std::move(inner);
+        outer.setOrAdd(za::Scope::namespaces().getProperty(), sub);
+    };
+    for (bool const downward : {false, true}) {
+        EXPECT_NO_THROW(chain(limit, downward, typed));
+        EXPECT_THROW(chain(limit + 1, downward, typed), std::length_error);
+        EXPECT_NO_THROW(chain(limit, downward, generic));
+        EXPECT_THROW(chain(limit + 1, downward, generic), std::length_error);
+    }
+    Model const model = newModel();
+    auto deepest = chain(limit, true, typed);
+    deepest->setModel(model);
+    za::Scope const made = deepest->create();
+    EXPECT_TRUE(made);
+    EXPECT_EQ(model.size(), limit + 1);
+}
+
+TEST(Builder, WhatWasMadeSilentlyTakesPartInTransactions) {
+    Model const model = newModel();
+    za::Macro const macro = za::Macro::cast(za::Macro::Builder(model).setName(u"a").doCreate(true, {}));
+    {
+        Transaction const level = model.beginTransaction();
+        macro.setName(u"b");
+    }
+    EXPECT_EQ(macro.getName(), u"a");
+    za::Macro gone;
+    {
+        Transaction const level = model.beginTransaction();
+        gone = za::Macro::cast(za::Macro::Builder(model).doCreate(true, {}));
+        EXPECT_TRUE(gone);
+    }
+    EXPECT_FALSE(gone);
+    EXPECT_EQ(model.size(), 1u);
+}

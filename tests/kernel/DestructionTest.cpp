@@ -1,0 +1,217 @@
+// The end of elements: order, what refers to them, depth, and models that end as a whole.
+
+#include "model/ModelSupport.hpp"
+
+#include "brant/zero/meta/Names.hpp"
+#include "zelkor/ast.hpp"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+using namespace testmodel;
+namespace za = zelkor::ast;
+
+namespace {
+
+constexpr std::size_t deep = 1000000;
+
+/// Scopes nested in each other, built from the outside in.
+za::Scope nest(Model const& model, std::size_t depth) {
+    Transaction level = model.beginTransaction();
+    za::Scope const outermost = za::Scope::create(model);
+    za::Scope at = outermost;
+    for (std::size_t i = 1; i < depth; ++i) {
+        za::Scope const next = za::Scope::create(model);
+        at.getNamespacesMutable().add(next);
+        at = next;
+    }
+    level.commit();
+    return outermost;
+}
+
+} // namespace
+
+TEST(Destruction, TakesTheContentsAndLeavesTheRest) {
+    Model const model = newModel();
+    za::Function const function = za::Function::create(model);
+    za::Variable const param = za::Variable::create(model);
+    za::Template const assoc = za::Template::create(model);
+    za::types::ClassType const befriending = za::types::ClassType::create(model);
+    function.getParamsMutable().add(param);
+    function.setAssocTemplate(assoc);
+    function.getBefriendingAggregatesMutable().add(befriending);
+    function.destroy();
+    EXPECT_FALSE(function);
+    EXPECT_FALSE(param);
+    EXPECT_TRUE(assoc);
+    EXPECT_TRUE(befriending);
+    EXPECT_EQ(model.size(), 2u);
+    EXPECT_EQ(violationOf(model), "");
+}
+
+TEST(Destruction, ReportsChildrenBeforeTheirOwnersInPropertyOrder) {
+    Model const model = newModel();
+    za::Function const function = za::Function::create(model);
+    auto const body = za::source::SourceRange::create(model);
+    za::Scope const scope = za::Scope::create(model);
+    za::Variable const local = za::Variable::create(model);
+    za::Variable const first = za::Variable::create(model);
+    za::Variable const second = za::Variable::create(model);
+    auto const definition = za::source::SourcePosition::create(model);
+    function.setDefPos(definition);
+    function.getParamsMutable().add(first);
+    function.getParamsMutable().add(second);
+    function.setScope(scope);
+    scope.getSymbolsMutable().add(local);
+    function.setBodyPosition(body);
+    std::vector<boost::uuids::uuid> order;
+    Subscription const subscription = model.onCommit([&](CommitNotice const& notice) {
+        for (ElementChange const& change : notice.destroyed)
+            order.push_back(change.uuid());
+    });
+    std::vector<boost::uuids::uuid> expected;
+    for (ModelElement const& element :
+         {ModelElement(body), ModelElement(local), ModelElement(scope), ModelElement(first),
+          ModelElement(second), ModelElement(definition), ModelElement(function)})
+        expected.push_back(element.uuid());
+    function.destroy();
+    EXPECT_EQ(order, expected);
+}
+
+TEST(Destruction, ReferencesFromOthersReadAsDead) {
+    Model const model = newModel();
+    za::Function const function = za::Function::create(model);
+    za::Template const assoc = za::Template::create(model);
+    za::types::ClassType const befriending = za::types::ClassType::create(model);
+    function.setAssocTemplate(assoc);
+    function.getBefriendingAggregatesMutable().add(befriending);
+    assoc.destroy();
+    befriending.destroy();
+    EXPECT_FALSE(function.getAssocTemplate());
+    EXPECT_FALSE(function.hasAssocTemplate());
+    EXPECT_FALSE(function.getAssocTemplate()); // and again
+    ASSERT_EQ(function.getBefriendingAggregates().size(), 1u);
+    za::types::AggregateType const dead = function.getBefriendingAggregates()[0];
+    EXPECT_FALSE(dead);
+    EXPECT_EQ(violationOf(model), "");
+    function.getBefriendingAggregatesMutable().add(dead); // counts as null
+    EXPECT_EQ(function.getBefriendingAggregates().size(), 1u);
+    function.getBefriendingAggregatesMutable().remove(dead);
+    EXPECT_TRUE(function.getBefriendingAggregates().empty());
+}
+
+TEST(Destruction, RepeatedAndLeftOverEntriesGoWithTheirOwner) {
+    Model const model = newModel();
+    za::Function const function = za::Function::create(model);
+    za::Function const other = za::Function::create(model);
+    za::TemplateArg const twice = za::TemplateArg::create(model);
+    za::TemplateArg const moved = za::TemplateArg::create(model);
+    for (za::TemplateArg const& arg : {twice, twice, moved, moved})
+        function.getTemplateArgsMutable().add(arg);
+    other.getTemplateArgsMutable().add(moved);
+    std::string const before = dump(model);
+    {
+        Transaction const level = model.beginTransaction();
+        function.destroy();
+        EXPECT_FALSE(twice);
+        EXPECT_TRUE(moved); // its owner is another one
+        EXPECT_EQ(moved.container(), other);
+        EXPECT_EQ(violationOf(model), "");
+    }
+    EXPECT_EQ(firstDifference(before, dump(model)), "");
+    function.destroy();
+    EXPECT_FALSE(twice);
+    EXPECT_TRUE(moved);
+    EXPECT_EQ(model.size(), 2u);
+}
+
+TEST(Destruction, PlaceholdersAmongTheContentsAreLeftAlone) {
+    Model const model = newModel();
+    za::Scope const scope = za::Scope::create(model);
+    ModelElement const proxy = model.createProxy(za::Variable::metaClass(), {u"", u"nowhere", nullptr});
+    scope.getSymbolsMutable().genericAdd(proxy);
+    scope.destroy();
+    EXPECT_TRUE(proxy);
+    EXPECT_TRUE(proxy.isProxy());
+    EXPECT_EQ(model.size(), 0u);
+}
+
+TEST(Destruction, OfWhatTheSameTransactionMadeLeavesNothing) {
+    Model const model = newModel();
+    za::Scope const scope = za::Scope::create(model);
+    std::string const before = dump(model);
+    for (bool const commit : {false, true}) {
+        Transaction level = model.beginTransaction();
+        za::Variable const variable = za::Variable::create(model);
+        scope.getSymbolsMutable().add(variable);
+        variable.destroy();
+        EXPECT_FALSE(variable);
+        if (commit) level.commit();
+        EXPECT_EQ(failureOf([&] { static_cast<void>(variable.getName()); }).empty(), false);
+    }
+    EXPECT_EQ(firstDifference(before, dump(model)), "");
+}
+
+TEST(Destruction, AModelThatEndsBreaksCycles) {
+    std::vector<za::Function> handles;
+    {
+        Model const model = newModel();
+        za::Function const a = za::Function::create(model);
+        za::types::ClassType const type = za::types::ClassType::create(model);
+        za::Variable const v = za::Variable::create(model);
+        a.setType(type);
+        a.getBefriendingAggregatesMutable().add(type);
+        type.getFriendFunsMutable().add(a);
+        v.setType(type);
+        type.setOwningScope(za::Scope::create(model));
+        handles.push_back(a);
+    }
+    EXPECT_FALSE(handles[0]);
+    EXPECT_EQ(handles[0].get()->refCount(), 1u); // nothing but this handle
+}
+
+TEST(Destruction, InvalidateCallsTheHookOncePerCollection) {
+    static std::vector<void*> seen;
+    seen.clear();
+    za::Function function;
+    {
+        Model const model = newModel();
+        function = za::Function::create(model);
+        ElementImpl::m_callback = [](ElementImpl*, void* collection) { seen.push_back(collection); };
+        function.get()->invalidate();
+        ElementImpl::m_callback = nullptr;
+    }
+    auto const* body = function.get();
+    std::vector<void*> expected;
+    for (char const* name :
+         {"Params", "TemplateArgs", "Annotations", "Comments", "BefriendingAggregates", "DeclPos"})
+        for (PropertyRow const* row : propertiesOf(za::Function::Impl::table))
+            if (std::string(row->name) == name)
+                expected.push_back(const_cast<AbstractOwnedCollection*>(&Core::collection(*body, *row)));
+    EXPECT_EQ(seen, expected);
+}
+
+TEST(Destruction, AMillionNestedScopes) {
+    Model const model = newModel();
+    za::Scope const outermost = nest(model, deep);
+    EXPECT_EQ(model.size(), deep);
+    EXPECT_EQ(violationOf(model), "");
+    {
+        Transaction const level = model.beginTransaction();
+        outermost.destroy();
+        EXPECT_EQ(model.size(), 0u);
+    }
+    EXPECT_EQ(model.size(), deep);
+    EXPECT_TRUE(outermost);
+    EXPECT_EQ(violationOf(model), "");
+    outermost.destroy();
+    EXPECT_EQ(model.size(), 0u);
+    {
+        Transaction const level = model.beginTransaction();
+        nest(model, deep);
+    }
+    EXPECT_EQ(model.size(), 0u);
+    // A model that ends with all of it.
+    nest(newModel(), deep);
+}
