@@ -8,7 +8,7 @@
 
 namespace brant::zero {
 
-class IdentityIndex {
+class ZELKOR_API IdentityIndex {
   public:
     [[nodiscard]] bool built() const noexcept { return built_; }
     void build(std::vector<ModelElementImpl*> const& elements);

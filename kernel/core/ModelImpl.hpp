@@ -15,7 +15,7 @@ struct Subscription::Entry {
     bool active = true;
 };
 
-class ModelImpl final : public ElementImpl {
+class ZELKOR_API ModelImpl final : public ElementImpl {
   public:
     explicit ModelImpl(boost::uuids::uuid const& uuid);
 

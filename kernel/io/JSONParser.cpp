@@ -56,7 +56,7 @@ enum class Head : std::uint8_t { Format, FormatValue, Version, VersionValue, Ele
 
 class Handler {
   public:
-    Handler(ModelReader& reader, JsonStream& stream) : reader_(reader), stream_(stream) {}
+    explicit Handler(ModelReader& reader) : reader_(reader) {}
 
     bool StartObject() {
         reader_.enterLevel();
@@ -339,7 +339,6 @@ class Handler {
     }
 
     ModelReader& reader_;
-    JsonStream& stream_;
     std::vector<In> in_;
     Head head_ = Head::Format;
     Stage stage_ =
@@ -364,7 +363,7 @@ void JSONParser::read(ModelReader& reader, TextSource& source) {
     namespace json = zelkor_rapidjson;
     JsonStream stream(reader, source);
     if (stream.empty()) reader.fail("the text is empty", "a model");
-    Handler handler(reader, stream);
+    Handler handler(reader);
     json::Reader parser;
     json::ParseResult const result =
         parser.Parse<json::kParseIterativeFlag | json::kParseNumbersAsStringsFlag>(stream, handler);

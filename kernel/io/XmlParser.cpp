@@ -30,6 +30,10 @@ std::string_view localName(char const* name) noexcept {
     return colon == std::string_view::npos ? whole : whole.substr(colon + 1);
 }
 
+std::string tag(std::string_view name) {
+    return std::string("<").append(name).append(">");
+}
+
 /// The attributes of one tag that belong to this format.
 class Attributes {
   public:
@@ -99,9 +103,9 @@ class Handler final : public Locator {
 
     void doctype() { reader_.fail("a document type declaration is not accepted"); }
 
-    void begin(char const* tag, char const** pairs) {
+    void begin(char const* qualified, char const** pairs) {
         reader_.enterLevel();
-        std::string_view const name = localName(tag);
+        std::string_view const name = localName(qualified);
         Attributes attributes(pairs);
         if (in_.empty()) return beginDocument(name, attributes);
         switch (in_.back()) {
@@ -116,13 +120,13 @@ class Handler final : public Locator {
         case In::Skipped:
             return in_.push_back(In::Skipped);
         default:
-            reader_.fail("the element <" + std::string(name) + "> stands where only text can",
+            reader_.fail("the element " + tag(name) + " stands where only text can",
                          "the end of the element");
         }
     }
 
     void beginDocument(std::string_view name, Attributes attributes) {
-        if (name != "model") reader_.fail("the root element is <" + std::string(name) + ">", "<model>");
+        if (name != "model") reader_.fail("the root element is " + tag(name), "<model>");
         in_.push_back(In::Document);
         std::string_view format;
         std::string_view version;
@@ -148,7 +152,7 @@ class Handler final : public Locator {
 
     /// An attribute of a later version is skipped.
     void refuseAttribute(std::string_view element, std::string_view name) {
-        std::string const message = "<" + std::string(element) + "> has no attribute " + quote(name);
+        std::string const message = tag(element) + " has no attribute " + quote(name);
         if (!reader_.skipsUnknown()) reader_.fail(message);
         reader_.warn(message + ". It is skipped.");
     }
@@ -159,7 +163,7 @@ class Handler final : public Locator {
         while (!identity.done() && identity.name() != "uuid")
             identity.next();
         if (identity.done())
-            reader_.fail("the element <" + std::string(name) + "> has no identity", "the attribute 'uuid'");
+            reader_.fail("the element " + tag(name) + " has no identity", "the attribute 'uuid'");
         reader_.beginElement(plan, identity.value());
         in_.push_back(In::Element);
         for (; !attributes.done(); attributes.next()) {
@@ -206,8 +210,7 @@ class Handler final : public Locator {
         if (name == "ref" && !values) return beginReference(attributes);
         if (name == "proxy" && !values) return beginProxy(attributes);
         if (name == "item" && values) return beginText(name, attributes);
-        if (values)
-            reader_.fail("the element <" + std::string(name) + "> stands in a list of values", "<item>");
+        if (values) reader_.fail("the element " + tag(name) + " stands in a list of values", "<item>");
         beginElement(name, attributes);
     }
 

@@ -39,7 +39,8 @@ class Import : public ::testing::Test {
 
 za::Symbol findSymbol(za::Project const& project, std::string_view name) {
     if (!project) return {};
-    for (za::Symbol const& symbol : ModelIndex(project).symbols()) {
+    ModelIndex const index(project);
+    for (za::Symbol const& symbol : index.symbols()) {
         bool const isType = static_cast<bool>(za::types::Type::cast(symbol));
         if (symbol.getName() == name && !isType && !za::Template::cast(symbol)) return symbol;
     }
