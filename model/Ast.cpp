@@ -1,10 +1,13 @@
 #include "zelkor/ast/Ast.hpp"
 
+#include "zelkor/ast/MetaPackageZelkor_ast.hpp"
+
 namespace zelkor::ast {
 
 namespace {
 
 brant::zero::Model newModel() {
+    MetaPackageZelkor_ast::getInstance(); // readers find classes by name, so the description must stand
     return brant::zero::Model::create(boost::uuids::uuid{}, brant::zero::ModelConstellation(),
                                       brant::zero::DefaultWorkQueueFactory());
 }

@@ -36,6 +36,11 @@ void textOrNull(Json& json, char const* key, bool present, std::string const& va
     }
 }
 
+/// The dotted name; operations call the model by its simple one.
+std::string typeName(meta::Type const& type) {
+    return type == brant::zero::Model::metaClass() ? "Model" : meta::qualifiedNameUtf8(type);
+}
+
 char const* multiplicity(meta::Property const& property) {
     return property.getMultiplicity() == 6 ? "map" : (property.getMultiplicity() == 2 ? "*" : "1");
 }
@@ -48,7 +53,7 @@ void writeProperty(Json& json, meta::Property const& p) {
         json.Null();
     else
         json.Int64(p.getPropertyIndex());
-    text(json, "type", meta::qualifiedNameUtf8(p.getType()));
+    text(json, "type", typeName(p.getType()));
     text(json, "multiplicity", multiplicity(p));
     meta::Property const key = p.getQualifiedBy();
     textOrNull(json, "keyedBy", bool(key), key ? toUtf8(meta::qualifiedName(key)) : "");
@@ -76,7 +81,7 @@ bool hasInvoker(meta::Operation const& operation) {
 void writeOperation(Json& json, meta::Operation const& o) {
     json.StartObject();
     text(json, "name", toUtf8(o.getName()));
-    text(json, "type", meta::qualifiedNameUtf8(o.getType()));
+    text(json, "type", typeName(o.getType()));
     json.Key("lower");
     json.Uint(o.getLower());
     json.Key("upper");
@@ -89,7 +94,7 @@ void writeOperation(Json& json, meta::Operation const& o) {
     for (meta::Argument const& a : o.getArguments()) {
         json.StartObject();
         text(json, "name", toUtf8(a.getName()));
-        text(json, "type", meta::qualifiedNameUtf8(a.getType()));
+        text(json, "type", typeName(a.getType()));
         flag(json, "input", a.getIsInput());
         json.EndObject();
     }
