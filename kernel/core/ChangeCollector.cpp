@@ -102,7 +102,8 @@ CommitNotice ChangeCollector::notice() {
     collect(nullptr);
     CommitNotice notice;
     for (ModelElementImpl* element : created_)
-        if (element != nullptr && element->valid() && !Core::isSilent(*element)) notice.created.emplace_back(element);
+        if (element != nullptr && element->valid() && !Core::isSilent(*element))
+            notice.created.emplace_back(element);
     for (ModelElementImpl* element : destroyed_) {
         recordRest(*element);
         notice.destroyed.emplace_back(ModelElement(element), records_[element]);
@@ -121,6 +122,7 @@ std::shared_ptr<Storage> ChangeCollector::storageOf(ModelElementImpl& element) {
     auto const found = records_.find(&element);
     if (found == records_.end()) return nullptr;
     found->second->buildAll();
+    found->second->close();
     return found->second;
 }
 

@@ -192,5 +192,8 @@ Value ElementChange::oldValue(meta::Property const& property) const {
 void ElementChange::build() const {
     storage_->buildAll();
 }
+void ElementChange::close() const noexcept {
+    storage_->close();
+}
 
 } // namespace brant::zero

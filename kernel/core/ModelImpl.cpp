@@ -190,6 +190,9 @@ void ModelImpl::deliver(CommitNotice notice) {
                 if (!failure) failure = std::current_exception();
             }
         }
+        for (auto const* changes : {&pending_.front().changed, &pending_.front().destroyed})
+            for (ElementChange const& change : *changes)
+                change.close();
         pending_.pop_front();
         settled_ -= settled_ > 0;
     }

@@ -63,6 +63,15 @@ void Storage::buildAll() const {
         build(old);
 }
 
+void Storage::close() noexcept {
+    for (Old& old : old_) {
+        old.lost = old.lost || old.live != nullptr;
+        old.live = nullptr;
+        old.steps.clear();
+    }
+    log_.reset();
+}
+
 void Storage::copyFrom(ModelElementImpl const& element, PropertyRow const& row) {
     switch (row.kind) {
     case PropertyKind::ContainerEnd:
@@ -187,6 +196,7 @@ Value Storage::getOldValue(meta::Property const& property, ReflectionPrivateTag 
         return elementValue(property, target != nullptr && *target ? *target : ModelElement());
     }
     Old& old = slot(row);
+    if (old.lost) return Value();
     build(old);
     if (old.collection == nullptr) old.collection = emptyCollection(property);
     return Value::refer(property, *old.collection);

@@ -49,6 +49,7 @@ void JsonStream::refill() {
     at_ = end_ = begin();
     counted_ = begin();
     replaced_.clear();
+    nextReplaced_ = 0;
     // What waits is a part of one character or of two escapes, so reading on always completes it.
     while (end_ == begin() && !last_) {
         std::size_t size = rest_.copy(begin(), rest_.size());
@@ -131,13 +132,12 @@ Position JsonStream::locate(char const* place) {
         auto const* newline =
             static_cast<char const*>(std::memchr(counted_, '\n', static_cast<std::size_t>(place - counted_)));
         char const* const until = newline == nullptr ? place : newline + 1;
+        column_ += static_cast<std::uint32_t>(until - counted_);
+        for (; nextReplaced_ < replaced_.size() && replaced_[nextReplaced_] <= until; ++nextReplaced_)
+            column_ += shorter;
         if (newline != nullptr) {
             ++line_;
             column_ = 1;
-        } else {
-            column_ += static_cast<std::uint32_t>(until - counted_);
-            for (char const* replaced : replaced_)
-                if (replaced > counted_ && replaced <= until) column_ += shorter;
         }
         counted_ = until;
     }

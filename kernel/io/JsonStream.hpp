@@ -88,7 +88,8 @@ class JsonStream final : public Locator {
     bool last_ = false;
     char const* counted_; ///< lines are counted up to here
     std::uint32_t line_ = 1;
-    std::uint32_t column_ = 1;          ///< of `counted_`
+    std::uint32_t column_ = 1; ///< of `counted_`
+    std::size_t nextReplaced_ = 0;
     std::vector<char const*> replaced_; ///< behind which three bytes fewer stand than in the text
 };
 

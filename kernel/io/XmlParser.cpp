@@ -4,6 +4,8 @@
 #include "NearName.hpp"
 #include "TextSource.hpp"
 
+#include <algorithm>
+#include <cstring>
 #include <exception>
 
 #include <expat.h>
@@ -80,9 +82,14 @@ class Handler final : public Locator {
         int size = 0;
         char const* const context = XML_GetInputContext(parser_, &offset, &size);
         auto const line = static_cast<std::uint32_t>(XML_GetCurrentLineNumber(parser_));
+        // A line without end must not be searched from its begin for each element.
+        constexpr int farthest = 1024;
+        int const first = std::max(0, offset - farthest);
         if (context != nullptr)
-            for (int i = offset; i > 0; --i)
-                if (context[i - 1] == '\n') return {line, static_cast<std::uint32_t>(offset - i + 1)};
+            if (void const* newline =
+                    ::memrchr(context + first, '\n', static_cast<std::size_t>(offset - first)))
+                return {line,
+                        static_cast<std::uint32_t>(context + offset - static_cast<char const*>(newline))};
         // The line is longer than what is kept of it, or the first one: Expat counts its characters.
         return {line, static_cast<std::uint32_t>(XML_GetCurrentColumnNumber(parser_) + 1)};
     }

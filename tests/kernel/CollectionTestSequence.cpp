@@ -395,6 +395,29 @@ TEST_F(SequenceTest, ManyInsertsAtOnePlaceStayFindable) {
     EXPECT_TRUE(items.empty());
 }
 
+TEST_F(SequenceTest, AKeptChangeOutlivesTheElementsOfItsTransaction) {
+    std::vector<ElementChange> kept;
+    auto subscription = model.onCommit([&](CommitNotice const& notice) { kept = notice.changed; });
+    auto transaction = model.beginTransaction();
+    Shelf fresh = Shelf::create(model);
+    for (Item const& each : letters(u"ab")) {
+        links.add(each);
+        fresh->links.add(each);
+    }
+    fresh->links.erase(0);
+    fresh->links.clear();
+    transaction.commit();
+    subscription.cancel();
+    fresh.destroy();
+    fresh = Shelf();
+    links.clear();
+    ASSERT_EQ(kept.size(), 1u);
+    EXPECT_EQ(kept[0].element(), shelf);
+    // The old content was never asked for while the callback ran.
+    EXPECT_TRUE(kept[0].oldValue(Shelf::property(Shelf::Links)).isEmpty());
+    kept.clear();
+}
+
 TEST_F(SequenceTest, CommitsReportTheOldContent) {
     auto const made = letters(u"abcdef");
     for (Item const& each : made)

@@ -32,7 +32,7 @@ TEST(RandomOperation, AbandonedLevelsLeaveNoTrace) {
     std::size_t const seeds = setting("ZELKOR_RANDOM_SEEDS", 3);
     for (std::size_t seed = 1; seed <= seeds && !HasFailure(); ++seed) {
         RandomWalk walk(seed);
-        walk.run(setting("ZELKOR_RANDOM_STEPS", 3000));
+        walk.run(setting("ZELKOR_RANDOM_STEPS", 2000));
         for (auto const& [name, count] : walk.counts())
             counts[name] += count;
         for (auto const& [name, count] : walk.refusals())

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <stdexcept>
 
 namespace testmodel {
@@ -133,8 +134,11 @@ void RandomWalk::step() {
     while (model_.size() > 250)
         ModelElement(model_->elements()[below(model_.size())]).destroy();
     // Few elements meet often, but no operation has to make one first.
+    std::set<ClassTable const*> present;
+    for (ModelElementImpl* element : model_->elements())
+        present.insert(&element->classTable());
     for (ClassTable const* table : classes())
-        if (!table->isAbstract) pick(*table);
+        if (!table->isAbstract && !present.contains(table)) make(model_, *table);
     Operation const& operation = operations()[below(operations().size())];
     history_.emplace_back(operation.name);
     if (history_.size() > 40) history_.pop_front();

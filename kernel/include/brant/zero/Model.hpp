@@ -54,16 +54,21 @@ class ZELKOR_API ElementChange {
     [[nodiscard]] ModelElement const& element() const noexcept { return element_; }
     [[nodiscard]] boost::uuids::uuid const& uuid() const noexcept;
     [[nodiscard]] meta::Class const& getMetaClass() const;
-    /// \returns the stored properties that differ from their values at the start of the transaction; of a destroyed
-    /// element all that had a value.
+    /// \returns the stored properties that differ from their values at the start of the transaction; of a
+    /// destroyed element all that had a value.
     [[nodiscard]] std::vector<meta::Property> properties() const;
     /// \returns the value at the start of the transaction; absent for a property that did not change.
     /// A collection's old value is built on the first request. Valid while the callback runs.
     [[nodiscard]] Value oldValue(meta::Property const& property) const;
-    /// Builds the old collections now, before the live ones change again.
-    void build() const;
 
   private:
+    friend class ModelImpl;
+    /// Builds the old collections now, before the live ones change again.
+    void build() const;
+    /// Forgets the old collections that were not built: a copy of the change may outlive what they are built
+    /// from.
+    void close() const noexcept;
+
     ModelElement element_;
     std::shared_ptr<Storage> storage_;
 };

@@ -73,6 +73,9 @@ class ZELKOR_API Storage : public Changes {
 
     /// Builds the old collections that are still to be read from the log.
     void buildAll() const;
+    /// Lets the log go, which must not outlive the elements of its transaction. Old collections that nobody
+    /// asked for are lost and read as absent.
+    void close() noexcept;
 
   private:
     friend class ChangeCollector;
@@ -83,6 +86,7 @@ class ZELKOR_API Storage : public Changes {
         std::unique_ptr<AbstractOwnedCollection> collection;
         AbstractOwnedCollection const* live = nullptr; ///< set while the old collection is not built yet
         std::vector<std::size_t> steps;                ///< entries of the log about it
+        bool lost = false;                             ///< was not built in time
     };
     [[nodiscard]] Old& slot(schema::PropertyRow const& row) const;
     [[nodiscard]] Old* find(schema::PropertyRow const& row) const noexcept;
