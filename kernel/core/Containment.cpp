@@ -97,10 +97,12 @@ void Core::contain(Body& owner, Row const& row, Body& child, std::size_t positio
             relink(*old, nullptr, nullptr);
     }
     relink(child, &owner, &row);
-    if (row.kind == PropertyKind::ManyReference)
-        sequence(owner, row).recordedInsert(position, &child);
-    else
+    if (row.kind != PropertyKind::ManyReference)
         putBack(owner, row, child);
+    else if (position == append)
+        sequence(owner, row).appendHeld(owner, &child);
+    else
+        sequence(owner, row).recordedInsert(position, &child);
 }
 
 void Core::uncontain(Body& child) {

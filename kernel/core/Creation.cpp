@@ -7,8 +7,10 @@
 #include "brant/zero/Primitive.hpp"
 #include "brant/zero/ReferenceSequence.hpp"
 #include "brant/zero/Reflection.hpp"
+#include "brant/zero/Slab.hpp"
 
 #include <algorithm>
+#include <bit>
 #include <stdexcept>
 
 namespace brant::zero {
@@ -71,19 +73,27 @@ ModelElement Core::createInto(Body& owner, Row const& row, Builder& builder, boo
     builder.setModel(owner.getModel());
     Level level(owner);
     ModelElement element = builder.createElement(uuid);
-    if (row.kind == PropertyKind::ManyReference)
-        sequence(owner, row).addOne(element.get());
-    else
-        addReference(owner, row, element.get());
+    place(owner, row, *element.get());
     level.commit();
     return element;
 }
 
-void Core::takeValues(Body& element, Builder& builder) {
+void Core::place(Body& owner, Row const& row, Body& child) {
+    if (child.container_ != nullptr || row.kind == PropertyKind::Map)
+        addReference(owner, row, &child);
+    else
+        contain(owner, row, child, append);
+}
+
+std::uint64_t Core::takeValues(Body& element, Builder& builder) {
     schema::ClassTable const& table = builder.classTable();
-    for (std::size_t i = 1; i < table.count; ++i) {
-        Row const& row = *table.stored[i];
-        if (!builder.isGiven(i) || row.contained()) continue;
+    std::uint64_t containments = 0;
+    for (std::uint64_t given = builder.given_; given != 0; given &= given - 1) {
+        Row const& row = *table.stored[std::countr_zero(given)];
+        if (row.contained()) {
+            containments |= given & -given;
+            continue;
+        }
         switch (row.kind) {
         case PropertyKind::Attribute:
             takeAttribute(element, row, builder);
@@ -113,6 +123,7 @@ void Core::takeValues(Body& element, Builder& builder) {
             break;
         }
     }
+    return containments;
 }
 
 void Core::takeAttribute(Body& element, Row const& row, Builder& builder) {
@@ -136,27 +147,32 @@ void Core::takeAttribute(Body& element, Row const& row, Builder& builder) {
     }
 }
 
-void Core::cascade(Body& element, Builder& builder) {
+void Core::cascade(Body& element, Builder& builder, std::uint64_t containments) {
     // Own containments in index order, then the superclass's: each child's subtree is whole before the next
     // begins.
-    for (schema::ClassTable const* cls = &builder.classTable(); cls != nullptr; cls = cls->base)
-        for (std::uint16_t i = 0; i < cls->rowCount; ++i) {
-            Row const& row = cls->rows[i];
-            if (!row.owning() || !builder.isGiven(row.index)) continue;
-            auto make = [&](Builder& sub) {
-                builder.orchestrator_->addBuilder(&sub);
-                return sub.createElement();
-            };
-            if (row.kind == PropertyKind::Reference) {
-                if (Owned const& sub = builderField<Owned>(builder, row))
-                    setReference(element, row, make(*sub).get());
-                continue;
-            }
-            auto const& subs = builderField<std::vector<Owned>>(builder, row);
-            if (row.kind == PropertyKind::ManyReference) sequence(element, row).reserve(subs.size());
-            for (Owned const& sub : subs)
-                if (sub != nullptr) addReference(element, row, make(*sub).get());
-        }
+    for (schema::ClassTable const* cls = &builder.classTable(); containments != 0; cls = cls->base) {
+        std::uint64_t const inherited =
+            (std::uint64_t{1} << (cls->base == nullptr ? 0 : cls->base->count)) - 1;
+        for (std::uint64_t own = containments & ~inherited; own != 0; own &= own - 1)
+            cascade(element, *cls->stored[std::countr_zero(own)], builder);
+        containments &= inherited;
+    }
+}
+
+void Core::cascade(Body& element, Row const& row, Builder& builder) {
+    // The orchestration's level is abandoned when anything fails, so that no child needs one of its own.
+    auto make = [&](Builder& sub) {
+        builder.orchestrator_->addBuilder(&sub);
+        place(element, row, sub.makeOnce(false, {}));
+    };
+    if (row.kind == PropertyKind::Reference) {
+        if (Owned const& sub = builderField<Owned>(builder, row)) make(*sub);
+        return;
+    }
+    auto const& subs = builderField<std::vector<Owned>>(builder, row);
+    if (row.kind == PropertyKind::ManyReference) sequence(element, row).reserve(subs.size());
+    for (Owned const& sub : subs)
+        if (sub != nullptr) make(*sub);
 }
 
 namespace {
@@ -226,6 +242,13 @@ void Core::setOrAdd(Builder& builder, Row const& row, std::unique_ptr<Builder> s
 
 Builder::~Builder() = default;
 
+void* Builder::operator new(std::size_t size) {
+    return slab::allocate(size);
+}
+void Builder::operator delete(void* memory, std::size_t size) noexcept {
+    slab::deallocate(memory, size);
+}
+
 meta::Class const& Builder::getMetaClass() const {
     return classTable().metaClass();
 }
@@ -243,8 +266,9 @@ void Builder::countNesting(Builder* sub) {
     std::uint32_t height = sub->height_ + 1;
     for (Builder const* at = this; at != nullptr && at->height_ < height; at = at->holder_, ++height)
         if (height > nestingLimit)
-            throw std::length_error("builders are nested deeper than " + std::to_string(nestingLimit) +
-                                    " levels; create the outer elements first and add the inner ones to them");
+            throw std::length_error(
+                "builders are nested deeper than " + std::to_string(nestingLimit) +
+                " levels; create the outer elements first and add the inner ones to them");
     height = sub->height_ + 1;
     for (Builder* at = this; at != nullptr && at->height_ < height; at = at->holder_)
         at->height_ = height++;
@@ -252,37 +276,36 @@ void Builder::countNesting(Builder* sub) {
 }
 
 ModelElement Builder::doCreate(bool skipCascade, boost::uuids::uuid const& uuid) {
-    if (orchestrator_ == nullptr) {
-        Orchestrator orchestrator(this);
-        ModelElement element = make(skipCascade, uuid);
-        orchestrator.commit();
-        return element;
-    }
-    ModelElement made = orchestrator_->getCreatedElement(this);
-    return made ? made : make(skipCascade, uuid);
+    if (orchestrator_ != nullptr) return ModelElement(&makeOnce(skipCascade, uuid));
+    Orchestrator orchestrator(this);
+    ModelElement element(&make(skipCascade, uuid));
+    orchestrator.commit();
+    return element;
 }
 
-ModelElement Builder::make(bool skipCascade, boost::uuids::uuid const& uuid) {
+ModelElementImpl& Builder::makeOnce(bool skipCascade, boost::uuids::uuid const& uuid) {
+    return created_ ? *created_.get() : make(skipCascade, uuid);
+}
+
+ModelElementImpl& Builder::make(bool skipCascade, boost::uuids::uuid const& uuid) {
     ModelImpl& model = *orchestrator_->model().get();
     model.requireFree(uuid);
-    ModelElement element(classTable().construct(&model, uuid));
+    ModelElementImpl& element = *classTable().construct(&model, uuid);
     // Known to the transaction before anything can fail, so that it vanishes then.
-    model.transactions().addCreated(*element.get());
-    Core::takeValues(*element.get(), *this);
+    model.transactions().addCreated(element);
+    std::uint64_t const containments = Core::takeValues(element, *this);
     if (skipCascade) {
-        Core::passOver(*element.get());
-        return element;
+        Core::passOver(element);
+    } else {
+        Core::announce(element);
+        Core::cascade(element, *this, containments);
     }
-    Core::announce(*element.get());
-    Core::cascade(*element.get(), *this);
+    orchestrator_->enter(this, ModelElement(&element));
     return element;
 }
 
 ModelElement Builder::createBody(boost::uuids::uuid const& uuid) {
-    Orchestrator* const outer = orchestrator_;
-    ModelElement element = doCreate(false, uuid);
-    if (outer != nullptr) outer->enter(this, element);
-    return element;
+    return doCreate(false, uuid);
 }
 
 Builder::Orchestrator::Orchestrator(Builder* outermost)
@@ -291,14 +314,16 @@ Builder::Orchestrator::Orchestrator(Builder* outermost)
 }
 
 Builder::Orchestrator::~Orchestrator() {
-    for (Builder* builder : builders_) {
+    for (Builder* builder = builders_; builder != nullptr;) {
         builder->orchestrator_ = nullptr;
         builder->created_ = nullptr;
+        builder = std::exchange(builder->nextInOrchestration_, nullptr);
     }
 }
 
 void Builder::Orchestrator::addBuilder(Builder* builder) {
-    builders_.push_back(builder);
+    if (builder->orchestrator_ == this) return;
+    builder->nextInOrchestration_ = std::exchange(builders_, builder);
     builder->orchestrator_ = this;
 }
 

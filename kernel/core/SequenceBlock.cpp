@@ -3,6 +3,7 @@
 #include "ModelImpl.hpp"
 #include "brant/zero/Core.hpp"
 #include "brant/zero/ReferenceSequence.hpp"
+#include "brant/zero/Slab.hpp"
 #include "brant/zero/Standalone.hpp"
 
 #include <algorithm>
@@ -15,8 +16,16 @@ namespace {
 constexpr std::uint32_t firstOrder = 1u << 20; // room for inserts at the front
 }
 
+std::size_t ReferenceSequence::bytesOf(std::size_t capacity) noexcept {
+    return sizeof(Block) + capacity * sizeof(ModelElementImpl*);
+}
+
+void ReferenceSequence::releaseBlock(Block* block) noexcept {
+    slab::deallocate(block, bytesOf(block->capacity));
+}
+
 ReferenceSequence::Block* ReferenceSequence::allocateBlock(std::size_t capacity) {
-    auto* block = static_cast<Block*>(::operator new(sizeof(Block) + capacity * sizeof(ModelElementImpl*)));
+    auto* block = static_cast<Block*>(slab::allocate(bytesOf(capacity)));
     *block = {0, static_cast<std::uint32_t>(capacity), 0, false};
     return block;
 }
@@ -25,7 +34,7 @@ void ReferenceSequence::freeBlock(Block* block) noexcept {
     if (block == nullptr) return;
     for (std::uint32_t i = 0; i < block->size; ++i)
         block->items()[i]->removeRef();
-    ::operator delete(block);
+    releaseBlock(block);
 }
 
 ReferenceSequence::Block* ReferenceSequence::copyOf(Block const* block) {
@@ -47,7 +56,7 @@ void ReferenceSequence::reserve(std::size_t count) {
         grown->irregular = block_->irregular;
         grown->size = block_->size;
         std::memcpy(grown->items(), block_->items(), block_->size * sizeof(ModelElementImpl*));
-        ::operator delete(block_);
+        releaseBlock(block_);
     }
     block_ = grown;
 }
@@ -60,7 +69,7 @@ void ReferenceSequence::grow(bool inFront) {
     grown->head = inFront ? static_cast<std::uint32_t>(size + 1) : 0;
     grown->size = block_->size;
     std::memcpy(grown->items(), block_->items(), size * sizeof(ModelElementImpl*));
-    ::operator delete(block_);
+    releaseBlock(block_);
     block_ = grown;
 }
 
@@ -175,6 +184,21 @@ void ReferenceSequence::renumber() {
 }
 
 // Recorded steps.
+
+void ReferenceSequence::appendHeld(ModelElementImpl const& owner, ModelElementImpl* element) {
+    Block* const block = block_;
+    bool const hasRoom = block != nullptr && block->head + block->size < block->capacity;
+    std::uint64_t const key = hasRoom && block->size > 0
+                                  ? std::uint64_t{Core::order(*block->items()[block->size - 1])} + orderStep
+                                  : firstOrder;
+    if (!hasRoom || block->irregular || key > ~std::uint32_t{0} || Core::records(owner)) {
+        recordedInsert(size(), element);
+        return;
+    }
+    element->addRef();
+    block->items()[block->size++] = element;
+    Core::order(*element) = static_cast<std::uint32_t>(key);
+}
 
 void ReferenceSequence::recordedInsert(std::size_t index, ModelElementImpl* element, bool irregular) {
     index = std::min(index, size());

@@ -12,7 +12,7 @@ namespace brant::zero {
 void UndoLog::clear() noexcept {
     for (UndoEntry& entry : entries_)
         discard(entry);
-    entries_.clear();
+    clearKeepingLittle(entries_);
 }
 
 void UndoLog::discard(UndoEntry& entry) noexcept {
@@ -62,10 +62,25 @@ void TransactionCoordinator::requireInnermost(std::size_t level) const {
 
 void TransactionCoordinator::commit(std::size_t level) {
     requireInnermost(level);
-    if (levels_.size() == 1)
+    if (levels_.size() == 1) {
         finish();
-    else
-        levels_.pop_back();
+        return;
+    }
+    std::size_t const first = levels_.back().log;
+    levels_.pop_back();
+    dropNeedless(first);
+}
+
+void TransactionCoordinator::dropNeedless(std::size_t first) noexcept {
+    while (log_->size() > first) {
+        UndoEntry& entry = (*log_)[log_->size() - 1];
+        if (entry.op == UndoOp::Destroyed || (entry.onCollection() && entry.collection == nullptr)) break;
+        ModelElementImpl const* const subject =
+            entry.onCollection() ? entry.collection->owner() : entry.element;
+        if (!createdHere(*subject)) break;
+        UndoLog::discard(entry);
+        log_->pop();
+    }
 }
 
 void TransactionCoordinator::finish() {
@@ -73,7 +88,7 @@ void TransactionCoordinator::finish() {
     if (changed && model_.observed()) {
         CommitNotice notice = ChangeCollector(log_, created_).notice();
         log_ = std::make_shared<UndoLog>();
-        created_.clear();
+        clearKeepingLittle(created_);
         levels_.clear();
         model_.settle();
         if (!notice.created.empty() || !notice.changed.empty() || !notice.destroyed.empty())
@@ -81,7 +96,7 @@ void TransactionCoordinator::finish() {
         return;
     }
     levels_.clear();
-    created_.clear();
+    clearKeepingLittle(created_);
     log_->clear();
     model_.settle();
 }

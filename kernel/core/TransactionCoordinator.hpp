@@ -19,8 +19,8 @@ class TransactionCoordinator {
     TransactionCoordinator& operator=(TransactionCoordinator const&) = delete;
 
     [[nodiscard]] std::size_t depth() const noexcept { return levels_.size(); }
-    /// \returns a number that names the new level and no other one, never 0. \throws std::logic_error for a frozen
-    /// model.
+    /// \returns a number that names the new level and no other one, never 0. \throws std::logic_error for a
+    /// frozen model.
     std::size_t begin();
     /// \throws std::logic_error unless `level` is the innermost one.
     void requireInnermost(std::size_t level) const;
@@ -64,6 +64,9 @@ class TransactionCoordinator {
         return element.createdSlot_ >= levels_.back().created && createdInside(element);
     }
     [[nodiscard]] bool goesWith(UndoEntry const& entry, Mark const& mark) const noexcept;
+    /// Drops the last steps of a level that was merged outward, down to `first`, as far as they are about
+    /// elements that go away whole with the level around it.
+    void dropNeedless(std::size_t first) noexcept;
     void undo(UndoEntry& entry) noexcept;
     void undoElement(UndoEntry& entry) noexcept;
     void vanish(ModelElementImpl& element) noexcept;

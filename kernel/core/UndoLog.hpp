@@ -7,6 +7,17 @@
 
 namespace brant::zero {
 
+/// Empties a list of what a transaction did. The room of a large one goes back: the next is likely to be
+/// small.
+template <class T>
+void clearKeepingLittle(std::vector<T>& list) noexcept {
+    constexpr std::size_t little = 1024;
+    if (list.capacity() > little)
+        std::vector<T>().swap(list);
+    else
+        list.clear();
+}
+
 /// Owns the payloads of its entries. Shared with the change records made from it, which read old collections
 /// out of it on request.
 class UndoLog {

@@ -29,6 +29,9 @@ class ZELKOR_API Builder {
     Builder(Builder const&) = delete;
     Builder& operator=(Builder const&) = delete;
     virtual ~Builder();
+    /// Builders come and go in large numbers, as elements do, and live in the same slabs.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* memory, std::size_t size) noexcept;
 
     [[nodiscard]] virtual schema::ClassTable const& classTable() const noexcept = 0;
     [[nodiscard]] meta::Class const& getMetaClass() const;
@@ -65,14 +68,17 @@ class ZELKOR_API Builder {
   private:
     friend struct Core;
 
-    ModelElement make(bool skipCascade, boost::uuids::uuid const& uuid);
+    /// \returns what the running orchestration made of this builder, made now if need be.
+    ModelElementImpl& makeOnce(bool skipCascade, boost::uuids::uuid const& uuid);
+    ModelElementImpl& make(bool skipCascade, boost::uuids::uuid const& uuid);
 
     Model model_;
     Orchestrator* orchestrator_ = nullptr;
+    Builder* nextInOrchestration_ = nullptr;
     ModelElement created_; ///< what it made in the running orchestration
     std::uint64_t given_ = 0;
-    Builder* holder_ = nullptr;  ///< the builder that owns this one
-    std::uint32_t height_ = 0;   ///< levels of builders below
+    Builder* holder_ = nullptr; ///< the builder that owns this one
+    std::uint32_t height_ = 0;  ///< levels of builders below
 };
 
 /// One creation of a subtree: its transaction and the elements made so far.
@@ -94,7 +100,7 @@ class ZELKOR_API Builder::Orchestrator {
   private:
     Model model_;
     Transaction transaction_;
-    std::vector<Builder*> builders_;
+    Builder* builders_ = nullptr; ///< the last one added; each knows the one before
 };
 
 /// True for a builder type whose element is an `X`.

@@ -176,13 +176,16 @@ struct ZELKOR_API Core {
     /// Makes an element from a builder and puts it into `owner`, in one level.
     static ModelElement createInto(Body& owner, Row const& row, Builder& builder,
                                    boost::uuids::uuid const& uuid);
+    /// Puts an element that was just made into its owner. \requires an open level, abandoned when this fails.
+    static void place(Body& owner, Row const& row, Body& child);
     static void announce(Body& element);
     /// Takes part in transactions like any other element from now on, without having been announced.
     static void passOver(Body& element) noexcept { element.state_ |= Body::Announced | Body::Silent; }
     static bool isSilent(Body const& element) noexcept { return (element.state_ & Body::Silent) != 0; }
     /// Copies what a builder was given into a body that is not announced yet; contained elements come later.
-    static void takeValues(Body& element, Builder& builder);
-    static void cascade(Body& element, Builder& builder);
+    /// \returns one bit per index of those given containments.
+    static std::uint64_t takeValues(Body& element, Builder& builder);
+    static void cascade(Body& element, Builder& builder, std::uint64_t containments);
     /// \returns whether the element may vanish again with the running transaction.
     static bool isNew(Body const& element) noexcept;
     /// True while a placeholder is made, which does not enter the model.
@@ -249,6 +252,7 @@ struct ZELKOR_API Core {
     static void setContained(Body& self, Row const& row, Body* target);
     static void replaceField(Body& self, Row const& row, Body* target);
     static void destroyTree(Body& root);
+    static void cascade(Body& element, Row const& row, Builder& builder);
     static void takeAttribute(Body& element, Row const& row, Builder& builder);
     static void finishDestruction(Body& element);
 };

@@ -111,7 +111,12 @@ class ZELKOR_API ReferenceSequence : public GenericSequenceInterface {
     void rawInsert(std::size_t index, ModelElementImpl* element);         ///< takes over a count
     [[nodiscard]] ModelElementImpl* rawErase(std::size_t index) noexcept; ///< the caller takes over the count
     static void freeBlock(Block* block) noexcept;
+    /// Appends what `owner`, whose field this is, holds through it already: `recordedInsert` without its
+    /// questions.
+    void appendHeld(ModelElementImpl const& owner, ModelElementImpl* element);
     static Block* allocateBlock(std::size_t capacity);
+    static std::size_t bytesOf(std::size_t capacity) noexcept;
+    static void releaseBlock(Block* block) noexcept; ///< its memory only
     void giveOrder(std::size_t index, ModelElementImpl* element);
     void spread(std::size_t index);
     void renumber();
