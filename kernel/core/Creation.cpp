@@ -201,7 +201,8 @@ void storeAttribute(Builder& builder, PropertyRow const& row, Value const& value
     case schema::ValueKind::String:
         return storeScalar<std::u16string>(builder, row, value);
     default:
-        builderField<std::uint32_t>(builder, row) = enumerationWord(row, value);
+        builderField<std::uint32_t>(builder, row) =
+            static_cast<std::uint32_t>(value.getEnumerationWord(*row.enumeration));
     }
 }
 

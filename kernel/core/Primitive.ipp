@@ -7,6 +7,7 @@
 #include "brant/zero/Standalone.hpp"
 #include "brant/zero/Value.hpp"
 #include "brant/zero/meta/MetaRegistry.hpp"
+#include "brant/zero/meta/StandardTypes.hpp"
 
 #include <algorithm>
 #include <cstring>
@@ -20,13 +21,17 @@ namespace primitive {
 /// \returns the meta type of `T`.
 template <class T>
 meta::Type const& typeOf() {
-    static meta::Type const type = [] {
-        if constexpr (value::Primitive<T>)
-            return meta::requireType(value::standardName<T>());
-        else
-            return meta::requireType(value::registeredName<T>());
-    }();
-    return type;
+    if constexpr (value::Primitive<T>) {
+        return meta::StandardTypes::of(value::kindOf<T>());
+    } else {
+        static meta::Type const type = [] {
+            if constexpr (SchemaEnumeration<T>)
+                return meta::requireType(EnumerationTraits<T>::table.qualifiedName);
+            else
+                return meta::requireType(T::table.qualifiedName);
+        }();
+        return type;
+    }
 }
 
 /// A change in one step. It opens a level only where none is open: nothing can fail once the step is

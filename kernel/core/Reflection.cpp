@@ -200,7 +200,7 @@ void setAttributeValue(ModelElementImpl& self, PropertyRow const& row, Value con
             Core::setString(self, row, value.getValue<std::u16string>());
         break;
     default:
-        Core::setWord(self, row, enumerationWord(row, value));
+        Core::setWord(self, row, static_cast<std::uint32_t>(value.getEnumerationWord(*row.enumeration)));
     }
 }
 
@@ -212,15 +212,15 @@ void setCollectionValue(ModelElementImpl& self, PropertyRow const& row, Value co
         if (ReferenceCollection* elements = source->asReferences()) {
             for (ModelElement const& element : elements->getAllValuesAndProxies())
                 if (element)
-                    members.push_back(Value::own<ModelElement>(element.getMetaClass(), ValueFlags::One, element));
+                    members.push_back(
+                        Value::own<ModelElement>(element.getMetaClass(), ValueFlags::One, element));
         } else {
             members = static_cast<AbstractPrimitiveCollection&>(*source).getAllValues();
         }
     } else if (value.flags() == ValueFlags::Sequence || value.flags() == ValueFlags::Set) {
         members = value.extract();
     } else {
-        std::u16string const type = value.getType() ? meta::qualifiedName(value.getType()) : std::u16string();
-        reportException(brant0::messages::CannotCastIncompatibleTypes(type));
+        value.refuse();
     }
     Core::requireWritable(self);
     Core::Level level(self);
@@ -239,21 +239,9 @@ void setCollectionValue(ModelElementImpl& self, PropertyRow const& row, Value co
 
 } // namespace
 
-std::uint32_t enumerationWord(PropertyRow const& row, Value const& value) {
-    bool const fits = value.flags() == ValueFlags::One && value.getType() &&
-                      value.getType().get() == row.enumeration->object;
-    if (!fits) {
-        std::u16string const type = value.getType() ? meta::qualifiedName(value.getType()) : std::u16string();
-        reportException(brant0::messages::CannotCastIncompatibleTypes(type));
-    }
-    return value.isEmpty() ? 0 : static_cast<std::uint32_t>(*static_cast<unsigned long const*>(value.data()));
-}
-
 ModelElementImpl* Core::targetOf(Row const& row, Value const& value) {
     ModelElement const target = value.getValue<ModelElement>();
-    bool const fits = target == nullptr ? true : target.get()->classTable().conformsTo(*row.target);
-    if (!fits)
-        reportException(brant0::messages::CannotCastIncompatibleTypes(meta::qualifiedName(value.getType())));
+    if (target != nullptr && !target.get()->classTable().conformsTo(*row.target)) value.refuse();
     return target.get();
 }
 

@@ -26,10 +26,6 @@ meta::Class::Impl const* classBody(meta::Type const& type) noexcept {
 
 } // namespace
 
-schema::ClassTable const& value::rootClassTable() noexcept {
-    return modelElementTable;
-}
-
 ValueMeta::ValueMeta(meta::Property const& property)
     : type_(property.getType()), property_(property), flags_(shapeOf(property)) {}
 

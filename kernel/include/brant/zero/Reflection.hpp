@@ -31,8 +31,6 @@ namespace brant::zero {
 [[nodiscard]] inline Value oldAttribute(meta::Property const&, schema::PropertyRow const&, std::monostate) {
     return Value();
 }
-/// \returns the number in an enumeration value. \throws CannotCastIncompatibleTypes for another type.
-[[nodiscard]] ZELKOR_API std::uint32_t enumerationWord(schema::PropertyRow const& row, Value const& value);
 /// \returns an empty, detached collection of the property's kind.
 [[nodiscard]] ZELKOR_API std::unique_ptr<AbstractOwnedCollection>
 emptyCollection(meta::Property const& property);

@@ -29,36 +29,6 @@ constexpr schema::ValueKind kindOf() noexcept {
         return ValueKind::String;
 }
 
-/// \returns the registered name of a primitive.
-template <Primitive T>
-constexpr char const* standardName() noexcept {
-    if constexpr (std::same_as<T, bool>)
-        return "Boolean";
-    else if constexpr (std::same_as<T, int>)
-        return "Integer";
-    else if constexpr (std::same_as<T, unsigned int>)
-        return "UnlimitedNatural";
-    else if constexpr (std::same_as<T, long>)
-        return "Integer64";
-    else if constexpr (std::same_as<T, unsigned long>)
-        return "UInteger64";
-    else if constexpr (std::same_as<T, double>)
-        return "Real";
-    else if constexpr (std::same_as<T, std::string>)
-        return "StdString";
-    else
-        return "String";
-}
-
-/// \returns the dotted name of an enumeration or value type.
-template <Plain T>
-requires(!Primitive<T>) char const* registeredName() noexcept {
-    if constexpr (SchemaEnumeration<T>)
-        return EnumerationTraits<T>::table.qualifiedName;
-    else
-        return T::table.qualifiedName;
-}
-
 /// \returns the object that stands for the type, null before its package is assembled.
 template <Plain T>
 ElementImpl const* typeObject() {
@@ -70,13 +40,10 @@ ElementImpl const* typeObject() {
         return T::table.object;
 }
 
-/// \returns the table of the class of all elements.
-[[nodiscard]] ZELKOR_API schema::ClassTable const& rootClassTable() noexcept;
-
 template <Element T>
 schema::ClassTable const& classTableOf() noexcept {
     if constexpr (std::same_as<T, ModelElement>)
-        return rootClassTable();
+        return modelElementTable;
     else
         return T::Impl::table;
 }
