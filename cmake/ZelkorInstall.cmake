@@ -24,5 +24,7 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/zelkor_astConfigVer
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zelkor_astConfig.cmake ${CMAKE_CURRENT_BINARY_DIR}/zelkor_astConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/zelkor_ast)
 
+# Told from where the file lies, so that `cmake --install --prefix` and a moved tree give the right folders.
+file(RELATIVE_PATH ZELKOR_PREFIX_OF_PC /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/zelkor-ast.pc.in ${CMAKE_CURRENT_BINARY_DIR}/zelkor-ast.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zelkor-ast.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

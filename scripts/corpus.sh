@@ -1,8 +1,8 @@
 #!/bin/bash
 # Fetches the foreign sources that the producer is checked on, in fixed versions, and makes a compile database of each:
 #   scripts/corpus.sh [NAME...]      all when no name is given
-# gives corpus/NAME/src and corpus/NAME/build/compile_commands.json. Nothing of the machine's package setup is changed: the
-# source lists, the package index and the downloads are private to corpus/.
+# gives corpus/NAME/src and corpus/NAME/build/compile_commands.json. Installs what is missing; beyond that nothing of the
+# machine's package setup is changed: the source lists, the package index and the downloads are private to corpus/.
 set -euo pipefail
 
 # name, version of the Debian source package, how the database comes about, what to build
@@ -27,10 +27,6 @@ apt_options=(
 die() {
     echo "corpus.sh: $*" >&2
     exit 2
-}
-
-need() {
-    command -v "$1" >/dev/null || die "$1 is missing; install the package $2"
 }
 
 # The configured mirrors, asked for sources in place of binary packages.
@@ -65,7 +61,6 @@ database() {
         cmake -S "$source" -B "$build" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCMAKE_BUILD_TYPE=Release >/dev/null
         ;;
     make)
-        need bear bear
         bear --output "$build/compile_commands.json" -- \
             make -C "$source" -j2 CFLAGS=-O0 CXXFLAGS=-O0 $target >/dev/null
         ;;
@@ -74,10 +69,7 @@ database() {
     [ -s "$build/compile_commands.json" ] || die "$name: the build gave no compile database"
 }
 
-need apt-get apt
-need dpkg-source dpkg-dev
-need cmake cmake
-[ -f /usr/share/unicode/UnicodeData.txt ] || die "re2 makes its tables from the package unicode-data; install it"
+"$root/scripts/setup.sh" --corpus
 wanted=" ${*:-$(awk 'NF { printf "%s ", $1 }' <<<"$packages")} "
 is_prepared=
 while read -r name version way target; do

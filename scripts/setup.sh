@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # Installs what the project needs on Debian 12, by name. Does nothing when everything is there.
-#   scripts/setup.sh [--bench]     --bench adds the peers that the benchmarks compare with
+#   scripts/setup.sh [--bench] [--corpus] [--coverage] [--fuzz]
+# --bench adds the peers that the benchmarks compare with, --corpus what scripts/corpus.sh needs, --coverage what
+# scripts/coverage.sh needs, --fuzz the compiler and the run-time libraries of the fuzz targets.
 set -euo pipefail
 
 packages=(
@@ -10,9 +12,20 @@ packages=(
   python3 python3-jinja2 python3-jsonschema libxml2-utils
   libgtest-dev
 )
-if [[ ${1:-} == --bench ]]; then
-  packages+=(libbenchmark-dev libpugixml-dev nlohmann-json3-dev protobuf-compiler libprotobuf-dev libxml2-dev libsqlite3-dev)
-fi
+for option in "$@"; do
+  case $option in
+  --bench)
+    packages+=(libbenchmark-dev libpugixml-dev nlohmann-json3-dev protobuf-compiler libprotobuf-dev libxml2-dev libsqlite3-dev)
+    ;;
+  --corpus) packages+=(bear dpkg-dev make unicode-data) ;;
+  --coverage) packages+=(gcovr) ;;
+  --fuzz) packages+=(clang libclang-rt-14-dev) ;;
+  *)
+    echo "error: no option called $option; there are --bench, --corpus, --coverage and --fuzz" >&2
+    exit 2
+    ;;
+  esac
+done
 
 missing=()
 for package in "${packages[@]}"; do

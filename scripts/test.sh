@@ -5,7 +5,9 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 preset=${1:-release}
 
-scripts/setup.sh
+setup=()
+[[ $preset == fuzz ]] && setup=(--fuzz)
+scripts/setup.sh "${setup[@]}"
 cmake --preset "$preset"
 cmake --build --preset "$preset"
 ctest --preset "$preset"

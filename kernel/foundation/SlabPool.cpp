@@ -4,6 +4,7 @@
 #include <new>
 #include <pthread.h>
 #include <sys/mman.h>
+#include <type_traits>
 
 // Leak checkers that arrive with the program, not with this library, have to be told where elements lie.
 extern "C" {
@@ -31,19 +32,22 @@ void* mapAligned() {
     return begin + before;
 }
 
+// There before any code runs, so that no first use has to be guarded: a child forked in the middle of one
+// would wait for the guard for ever. Never destroyed: objects with static lifetime may free their blocks
+// after any destructor of ours.
+constinit Pool pool;
+static_assert(std::is_trivially_destructible_v<Pool>);
+
+// As early as a library can, since a child forked while another thread holds the mutex would wait for it for
+// ever as well.
+[[gnu::constructor(101)]] void keepForkOut() {
+    pthread_atfork([] { pool.mutex.lock(); }, [] { pool.mutex.unlock(); }, [] { pool.mutex.unlock(); });
+}
+
 } // namespace
 
 Pool& Pool::instance() noexcept {
-    // Never destroyed: objects with static lifetime may free their blocks after any destructor of ours.
-    alignas(Pool) static unsigned char memory[sizeof(Pool)];
-    static Pool* const pool = [] {
-        auto* const made = new (memory) Pool;
-        // A child forked while another thread holds the mutex would wait for it for ever.
-        pthread_atfork([] { instance().mutex.lock(); }, [] { instance().mutex.unlock(); },
-                       [] { instance().mutex.unlock(); });
-        return made;
-    }();
-    return *pool;
+    return pool;
 }
 
 Slab& Pool::take(std::size_t blockSize) {

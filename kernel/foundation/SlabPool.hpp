@@ -70,6 +70,10 @@ inline Slab& slabOf(void const* block) noexcept {
 /// is guarded by `mutex`, and so are the heaps in the list of orphans.
 class Pool {
   public:
+    constexpr Pool() noexcept = default;
+
+    /// The only one of the process; usable at any time, by initialisers and destructors of static objects
+    /// too.
     static Pool& instance() noexcept;
 
     std::mutex mutex;

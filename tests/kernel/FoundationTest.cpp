@@ -349,7 +349,8 @@ TEST(Exceptions, EachMessageIsASentenceOfItsOwn) {
         EXPECT_TRUE(std::isupper(text.front()) && text.back() == '.') << key;
         std::size_t const count = tamber::core::except::countPlaceholders(text);
         for (std::size_t i = 0; i < count; ++i)
-            EXPECT_NE(text.find("{" + std::to_string(i) + "}"), text.npos) << key << " lacks " << i;
+            EXPECT_NE(text.find(std::string("{").append(std::to_string(i)).append("}")), text.npos)
+                << key << " lacks " << i;
     };
 #define CHECK_MESSAGE(Key, Text) check(messages::Key::key, messages::Key::text);
     BRANT0_FOR_EACH_MESSAGE(CHECK_MESSAGE)

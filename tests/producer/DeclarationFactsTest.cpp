@@ -319,7 +319,7 @@ TEST_F(DeclarationFacts, Templates) {
         std::string parameters;
         for (TemplateParameterFact const& parameter : facts.parameters) {
             parameters += (parameters.empty() ? "" : " ") + parameter.name + (parameter.isPack ? "..." : "");
-            if (!parameter.type.is_nil()) parameters += ":" + typeText(*first, parameter.type);
+            if (!parameter.type.is_nil()) parameters.append(":").append(typeText(*first, parameter.type));
         }
         EXPECT_EQ(facts.kind, row.kind) << row.name;
         EXPECT_EQ(parameters, row.parameters) << row.name;

@@ -143,14 +143,14 @@ std::string typeText(UnitFacts const& facts, Id const& id) {
 std::string constantText(ConstantFact const& constant) {
     static constexpr char const* names[] = {"int",    "float",     "string",   "address", "aggregate",
                                             "member", "parameter", "run time", "repeat",  "designator"};
-    std::string text = names[static_cast<std::size_t>(constant.kind)];
-    if (constant.kind == ConstantKind::Aggregate) text = "{";
+    bool const isAggregate = constant.kind == ConstantKind::Aggregate;
+    std::string text = isAggregate ? "{" : names[static_cast<std::size_t>(constant.kind)];
     if (!constant.name.empty()) text += " " + constant.name;
     if (!constant.value.empty()) text += " " + constant.value;
     for (ConstantFact const& element : constant.elements) {
         text += (text.back() == '{' ? "" : ", ") + constantText(element);
     }
-    return constant.kind == ConstantKind::Aggregate ? text + "}" : text;
+    return isAggregate ? text + "}" : text;
 }
 
 std::string flagText(FunctionFacts const& facts) {

@@ -6,5 +6,6 @@
 #include "zelkor/ast/Ast.hpp"
 #include "zelkor/ast/FinderOptions.hpp"
 #include "zelkor/ast/MetaPackageZelkor_ast.hpp"
+#include "zelkor/ast/io.hpp"
 
 #include "brant/zero.hpp"
