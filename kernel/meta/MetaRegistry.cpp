@@ -1,6 +1,7 @@
 #include "brant/zero/meta/MetaRegistry.hpp"
 
 #include "brant/zero/Text.hpp"
+#include "brant/zero/meta/Invoker.hpp"
 #include "brant/zero/meta/KernelPackage.hpp"
 #include "brant/zero/meta/Names.hpp"
 
@@ -20,6 +21,10 @@ BuilderFactory const noBuilders;
 } // namespace
 
 AbstractInvoker::~AbstractInvoker() = default;
+
+Type resultType(schema::OperationRow const& row) {
+    return Operation(static_cast<ModelElementImpl*>(row.object)).getType();
+}
 
 MetaRegistry::MetaRegistry() : model_(makeMetaModel()), freezer_(model_) {}
 

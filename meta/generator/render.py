@@ -16,7 +16,7 @@ from pathlib import Path
 import jinja2
 
 import schema as schemas
-from schema_model import Class, Enum, Primitive, Property, Schema
+from schema_model import Argument, Class, Operation, Primitive, Property, Schema
 
 SEQUENCE_KINDS = {"many_attribute", "many_reference", "map", "view"}
 VALUE_KINDS = {
@@ -76,7 +76,7 @@ def field_name(p: Property) -> str:
     return p.name[0].lower() + p.name[1:] + "_"
 
 
-def is_text(p: Property) -> bool:
+def is_text(p: Property | Argument) -> bool:
     return p.type.name in ("String", "StdString")
 
 
@@ -85,6 +85,8 @@ def argument_type(p: Property) -> str:
 
 
 def result_type(p: Property) -> str:
+    if p.kind == "derived" and p.many:
+        return f"std::vector<{native(p.type)}>"
     return f"{native(p.type)} const&" if is_text(p) else native(p.type)
 
 
@@ -181,7 +183,7 @@ def comment(text: str, indent: int = 4, extra: list[str] | None = None) -> str:
 
 
 def targets(classes) -> list[Class]:
-    """The classes that the properties of these mention, each once."""
+    """The classes that the members of these mention, each once."""
     seen: dict[str, Class] = {}
     for c in classes:
         for p in c.properties:
@@ -189,6 +191,10 @@ def targets(classes) -> list[Class]:
                 seen[p.type.dotted] = p.type
             if p.view_of:
                 seen[p.view_of.type.dotted] = p.view_of.type
+        for o in c.operations:
+            for x in (o.returns, *(a.type for a in o.arguments)):
+                if x.category == "class" and not o.pending:
+                    seen[x.dotted] = x
     return list(seen.values())
 
 
@@ -196,6 +202,34 @@ def term_type(p: Property, holder: str) -> str:
     """The type of the query term that the class `holder` has for a property."""
     template = "Relation" if p.type.category == "class" else "Attribute"
     return f"::brant::zero::query::{template}<{native(p.type)}, {holder}>"
+
+
+def operation_result(o: Operation) -> str:
+    return f"std::vector<{native(o.returns)}>" if o.many else native(o.returns)
+
+
+def parameters(o: Operation) -> str:
+    """The parameter list: what is cheap by value, an argument that takes a result by pointer."""
+
+    def one(a: Argument) -> str:
+        if a.out:
+            return f"{native(a.type)}* {a.name}"
+        cheap = a.type.category == "enum" or a.type.category == "primitive" and not is_text(a)
+        return f"{native(a.type)} {a.name}" if cheap else f"{native(a.type)} const& {a.name}"
+
+    return ", ".join(one(a) for a in o.arguments)
+
+
+def argument_facts(o: Operation) -> list[str]:
+    return [f"\\param {a.name} {a.doc}" for a in o.arguments]
+
+
+def invoker(c: Class, o: Operation) -> str:
+    """C++ expression of the function through which reflection calls an operation, null where it cannot."""
+    if not o.invoker or o.pending:
+        return "nullptr"
+    row = f"operations_{c.name}, {c.operations.index(o)}"
+    return f"&::brant::zero::meta::invoker<&{c.name}::Impl::{o.name}, {row}>"
 
 
 def cpp_string(text: str | None) -> str:
@@ -222,7 +256,7 @@ def make_environment() -> jinja2.Environment:
     for function in (
         native, element_type, collection_type, field_name, is_text, argument_type, result_type, field_order,
         builder_fields, builder_type, setter, value_kind, flags, own_row, row_ref, facts, comment, targets, term_type,
-        cpp_string, short_name,
+        cpp_string, short_name, operation_result, parameters, argument_facts, invoker,
     ):
         env.globals[function.__name__] = function
     env.globals["property_kinds"] = PROPERTY_KINDS

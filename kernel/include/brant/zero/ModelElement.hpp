@@ -134,8 +134,8 @@ class ZELKOR_API ModelElement {
     /// \throws NoSuchProperty, CannotSetReadOnlyProperty, CannotCastIncompatibleTypes.
     void setPropertyValue(meta::Property const& property, Value const& value,
                           ReflectionPrivateTag const& tag = ReflectionPrivateTag::PUBLIC_ACCESS) const;
-    /// Calls an operation by reflection. \throws InvalidValue for wrong arguments or an operation that cannot
-    /// be called.
+    /// Calls an operation by reflection. \throws InvalidValue for a wrong number of arguments or an operation
+    /// that cannot be called, CannotCastIncompatibleTypes for an argument of the wrong type.
     Value invoke(meta::Operation const& operation, std::vector<Value> const& arguments,
                  ReflectionPrivateTag const& tag = ReflectionPrivateTag::PUBLIC_ACCESS) const;
 
