@@ -85,6 +85,8 @@ def argument_type(p: Property) -> str:
 
 
 def result_type(p: Property) -> str:
+    if p.kind == "derived" and p.many:
+        return f"std::vector<{native(p.type)}>"
     return f"{native(p.type)} const&" if is_text(p) else native(p.type)
 
 

@@ -7,12 +7,19 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <variant>
+#include <vector>
 
 namespace brant::zero {
 
 /// \returns a value of a derived property.
 [[nodiscard]] ZELKOR_API Value derivedValue(schema::PropertyRow const& row, bool value);
+/// \returns a value of a derived property that yields a list of elements.
+template <class T>
+[[nodiscard]] Value derivedValue(schema::PropertyRow const& row, std::vector<T> elements) {
+    return Value::ownContainer(Core::propertyOf(&row).getType(), std::move(elements));
+}
 /// \returns the element as a value of its own class, or of the property's type when the handle is null.
 [[nodiscard]] ZELKOR_API Value elementValue(meta::Property const& property, ModelElement const& element);
 /// \returns a scalar of the property's type from the bits of a field.
