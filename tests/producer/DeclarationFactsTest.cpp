@@ -1,6 +1,8 @@
 // What the front end knows of declarations must arrive in the facts.
 #include "FactsSupport.hpp"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 namespace zelkor::producer::test {
@@ -340,6 +342,10 @@ TEST_F(DeclarationFacts, Templates) {
     Entity const* const variable = findEntity(*first, Template, "zero");
     ASSERT_NE(variable, nullptr);
     EXPECT_EQ(variable->as<TemplateFacts>()->kind, TemplateKind::Variable);
+    // What is made of it for a type is no second template.
+    EXPECT_EQ(std::count_if(first->entities.begin(), first->entities.end(),
+                            [](Entity const& entity) { return entity.name == "zero"; }),
+              1);
 }
 
 TEST_F(DeclarationFacts, InstantiationsHaveArgumentsAndFields) {

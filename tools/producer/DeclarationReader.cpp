@@ -369,10 +369,12 @@ void DeclarationReader::declareTemplate(CXCursor cursor) {
     }
 }
 
-// Variable templates have no cursor kind of their own, and neither have empty declarations and the like.
+// Variable templates have no cursor kind of their own, and neither have empty declarations and the like. Nor have
+// their instantiations, which stand where the template does and differ from it only in the unified id.
 void DeclarationReader::declareUnexposed(CXCursor cursor) {
-    if (sources_.text(clang_getCursorExtent(cursor)).starts_with("template") && !nameOf(cursor).empty())
-        meet(cursor);
+    std::string const name = nameOf(cursor);
+    if (name.empty() || !sources_.text(clang_getCursorExtent(cursor)).starts_with("template")) return;
+    if (toText(clang_getCursorUSR(cursor)).find("@" + name + ">#") == std::string::npos) meet(cursor);
 }
 
 void DeclarationReader::declareLambda(CXCursor cursor) {
