@@ -32,6 +32,8 @@ inline constexpr std::array marks{
     Mark{"walk.reflective", "protobuf", "walk.reflective", Heap::Warm, 0.6,
          "every feature; protobuf the set ones"},
     Mark{"walk.reflective", "tracked", "walk.reflective", Heap::Warm, {}, ""},
+    Mark{"query", "", "query.handles", Heap::Warm, 1.5, "the loop over handles"},
+    Mark{"query", "", "query.bodies", Heap::Warm, 1.5, "the loop over bodies"},
     Mark{"json.save", "nlohmann", "json.save", Heap::Warm, 1.0, ""},
     Mark{"json.save", "tracked", "json.save", Heap::Warm, {}, ""},
     Mark{"json.load", "nlohmann", "json.parse", Heap::Warm, 0.5, "parse alone"},

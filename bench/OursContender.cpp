@@ -1,6 +1,7 @@
 #include "Changes.hpp"
 #include "Contenders.hpp"
 #include "OursBuilder.hpp"
+#include "OursQueries.hpp"
 #include "OursVisitors.hpp"
 
 #include <brant/zero/Slab.hpp>
@@ -71,6 +72,14 @@ void walkReflective(Stage& stage) {
     visitor.sums.places = stage.settings.sums.places; // among the numbers
     stage.expectSums(visitor.sums);
     stage.expect(visitor.numbers > stage.settings.sums.places, "numbers were not read");
+}
+
+/// One of the ways to ask the same question.
+template <auto ask>
+void onModel(Stage& stage) {
+    za::Ast ast;
+    build(stage, ast);
+    ask(stage, projectOf(ast));
 }
 
 template <IoFormat format>
@@ -205,6 +214,9 @@ Contender oursContender() {
             {{"create", create},
              {"walk", walk},
              {"walk.reflective", walkReflective},
+             {"query", onModel<query>},
+             {"query.handles", onModel<queryByHandles>},
+             {"query.bodies", onModel<queryByBodies>},
              {"json.save", save<IoFormat::json>},
              {"json.load", load<IoFormat::json>},
              {"xml.save", save<IoFormat::xml>},

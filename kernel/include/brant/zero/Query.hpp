@@ -1,5 +1,8 @@
 /// \file
 /// Query terms: typed names of the properties that a query can constrain.
+///
+/// Terms are declared with every class, so this header stays small. What makes conditions of them stands in
+/// "brant/zero/query/Query.hpp", which only those include who ask queries.
 #pragma once
 
 #include "brant/zero/Core.hpp"
@@ -63,11 +66,40 @@ class AbstractConstrainable : public PropertyTerm {
     Attachment attachment_;
 };
 
-/// A term for an attribute of type `T`.
+/// The class whose elements a term asks about; a term bound to a query is checked when it is used.
+template <class Attachment>
+struct AskedBy {
+    using Class = ModelElement;
+};
+template <class X>
+struct AskedBy<MetaclassAttachment<X>> {
+    using Class = X;
+};
+
+/// A term for an attribute of type `T`. Compare it by `==`, `!=`, `<`, `<=`, `>`, `>=` with a value.
 template <class T, class Attachment, bool B, class>
 class ConstrainableWithAttachment : public AbstractConstrainable<T, Attachment, B> {
   public:
     using AbstractConstrainable<T, Attachment, B>::AbstractConstrainable;
+
+    // Conditions on text; see `AttributePlace`.
+
+    template <class Text>
+    [[nodiscard]] auto startsWith(Text const& text) const {
+        return placeOf(*this).startsWith(text);
+    }
+    template <class Text>
+    [[nodiscard]] auto endsWith(Text const& text) const {
+        return placeOf(*this).endsWith(text);
+    }
+    template <class Text>
+    [[nodiscard]] auto contains(Text const& text) const {
+        return placeOf(*this).contains(text);
+    }
+    template <class Text>
+    [[nodiscard]] auto matches(Text const& pattern) const {
+        return placeOf(*this).matches(pattern);
+    }
 };
 
 /// A term for a reference to the class `T`, single or many, contained or not.
@@ -75,6 +107,42 @@ template <class T, class Attachment>
 class ConstrainableRelationWithAttachment : public AbstractConstrainable<T, Attachment, false> {
   public:
     using AbstractConstrainable<T, Attachment, false>::AbstractConstrainable;
+
+    // Conditions and paths; see `RelationPlace`.
+
+    template <class... Condition>
+    [[nodiscard]] auto any(Condition const&... condition) const {
+        return placeOf(*this).any(condition...);
+    }
+    template <class Condition>
+    [[nodiscard]] auto all(Condition const& condition) const {
+        return placeOf(*this).all(condition);
+    }
+    template <class... Condition>
+    [[nodiscard]] auto none(Condition const&... condition) const {
+        return placeOf(*this).none(condition...);
+    }
+    template <class... Condition>
+    [[nodiscard]] auto count(Condition const&... condition) const {
+        return placeOf(*this).count(condition...);
+    }
+    template <class Class>
+    [[nodiscard]] auto is() const {
+        return placeOf(*this).template is<Class>();
+    }
+    template <class Class>
+    [[nodiscard]] auto isExactly() const {
+        return placeOf(*this).template isExactly<Class>();
+    }
+    [[nodiscard]] auto isNull() const { return placeOf(*this).isNull(); }
+    template <class Class>
+    [[nodiscard]] auto as() const {
+        return placeOf(*this).template as<Class>();
+    }
+    template <class Term>
+    [[nodiscard]] auto then(Term const& term) const {
+        return placeOf(*this).then(term);
+    }
 };
 
 template <class T, class X>
