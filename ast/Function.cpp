@@ -3,7 +3,7 @@
 namespace zelkor::ast {
 
 bool Function::Impl::getIsTemplate() const {
-    return hasTemplateArgs();
+    return !getTemplateArgs().empty();
 }
 
 } // namespace zelkor::ast

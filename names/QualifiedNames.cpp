@@ -97,7 +97,7 @@ void NameWriter::writeLink(Link const& link) {
         if (aggregate.getIsTemplate()) writeArguments(element, aggregate.getTemplateArgs());
     } else if (conforms<types::TypedefType>(element)) {
         auto const& alias = as<types::TypedefType>(element);
-        if (alias.hasTemplateArgs()) writePlainArguments(element, alias.getTemplateArgs());
+        if (!alias.getTemplateArgs().empty()) writePlainArguments(element, alias.getTemplateArgs());
     }
 }
 

@@ -3,7 +3,7 @@
 namespace zelkor::ast::types {
 
 bool AggregateType::Impl::getIsTemplate() const {
-    return hasTemplateArgs();
+    return !getTemplateArgs().empty();
 }
 
 } // namespace zelkor::ast::types

@@ -208,6 +208,24 @@ TEST(Reflection, CallsTheOperations) {
     EXPECT_ANY_THROW(m.integer().invoke(print, {word, word, yes})) << "static operations are not invoked";
 }
 
+// Text of what is not there would be wrong, so the kernel's refusal to open a placeholder passes through.
+TEST(Placeholders, ThatDoNotResolveAreReported) {
+    Maker m;
+    auto const placeholder = [&](brant::zero::meta::Class const& metaClass) {
+        brant::zero::ProxyId const id{{}, u"00000000-0000-4000-8000-000000000001", nullptr};
+        return m.model.createProxy(metaClass, id);
+    };
+    auto const aggregate = zt::ClassType::cast(placeholder(zt::ClassType::metaClass()));
+    auto const function = za::Function::cast(placeholder(za::Function::metaClass()));
+    ASSERT_TRUE(aggregate && function);
+    EXPECT_ANY_THROW((void)aggregate.getIsTemplate());
+    EXPECT_ANY_THROW((void)function.getIsTemplate());
+    EXPECT_ANY_THROW((void)aggregate.getFullyQualifiedName());
+    EXPECT_ANY_THROW((void)print(m.pointer(aggregate), "p"));
+    EXPECT_ANY_THROW((void)function.generateSignature());
+    EXPECT_EQ(print(zt::PointerType::cast(placeholder(zt::PointerType::metaClass())), "p"), "#unknown# * p");
+}
+
 TEST(Handles, SayWhyTheyCannotBeNamed) {
     Maker m;
     EXPECT_THROW((void)za::Symbol().getFullyQualifiedName(), brant::zero::DeadHandle);

@@ -39,6 +39,20 @@ std::vector<Verb> const& verbs() {
          {{"--json", nullptr, nullptr, "as JSON"}, {"--files", nullptr, nullptr, "list the files"}},
          {"zelkor stats model.json", "zelkor stats --json model.xml"},
          &runStats},
+        {"type",
+         "FILE NAME|UUID",
+         "Print the type of a symbol as a declaration of its name.",
+         {{"--declare", nullptr, "NAME", "name to declare instead of the symbol's own; may be empty"},
+          {"--skip-typedefs", nullptr, nullptr, "what typedefs stand for instead of their names"},
+          {"--json", nullptr, nullptr, "as JSON"}},
+         {"zelkor type model.json std::size_t", "zelkor type --skip-typedefs model.json ns::Foo::m"},
+         &runType},
+        {"signature",
+         "FILE NAME|UUID",
+         "Print the declaration of a symbol in one line.",
+         {{"--json", nullptr, nullptr, "as JSON"}},
+         {"zelkor signature model.json ns::f", "zelkor signature --json model.xml f"},
+         &runSignature},
         {"schema",
          "",
          "Show the classes, properties, operations and enumerations of the model.",
@@ -55,7 +69,8 @@ void printUsage(std::ostream& out) {
         out << "  " << verb.name << std::string(10 - std::string(verb.name).size(), ' ') << verb.summary
             << '\n';
     out << "\nzelkor VERB --help tells about one verb; zelkor --version about this program.\n"
-           "exit codes: 0 done, 2 wrong usage or input, 3 units failed (with --fail-on-error), 130 "
+           "exit codes: 0 done, 1 no such name, 2 wrong usage or input, 3 units failed (with "
+           "--fail-on-error), 130 "
            "interrupted\n";
 }
 

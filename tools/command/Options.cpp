@@ -9,19 +9,6 @@ namespace zelkor::command {
 
 namespace {
 
-std::size_t editDistance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), 0);
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i);
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            std::size_t const change = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
-            diagonal = std::exchange(row[j], std::min({row[j] + 1, row[j - 1] + 1, change}));
-        }
-    }
-    return row.back();
-}
-
 Option const* findOption(std::vector<Option> const& known, std::string_view name) {
     auto const found = std::find_if(known.begin(), known.end(), [&](Option const& option) {
         return name == option.name || (option.shortName != nullptr && name == option.shortName);
@@ -39,6 +26,19 @@ Option const* findOption(std::vector<Option> const& known, std::string_view name
 }
 
 } // namespace
+
+std::size_t editDistance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), 0);
+    for (std::size_t i = 1; i <= a.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i);
+        for (std::size_t j = 1; j <= b.size(); ++j) {
+            std::size_t const change = diagonal + (a[i - 1] == b[j - 1] ? 0 : 1);
+            diagonal = std::exchange(row[j], std::min({row[j] + 1, row[j - 1] + 1, change}));
+        }
+    }
+    return row.back();
+}
 
 std::string nearest(std::string_view word, std::vector<std::string> const& candidates) {
     std::string best;

@@ -58,6 +58,8 @@ struct Verb {
     int (*run)(Arguments const& arguments);
 };
 
+/// \returns how many characters must be inserted, left out or changed to come from one text to the other.
+[[nodiscard]] std::size_t editDistance(std::string_view a, std::string_view b);
 /// \returns the candidate nearest to `word`, or an empty text when none is near.
 [[nodiscard]] std::string nearest(std::string_view word, std::vector<std::string> const& candidates);
 

@@ -1,0 +1,162 @@
+"""The verbs that look a name up: what they print, how they find it, what they say when it is not there.
+
+Run with the path of the command in ZELKOR.
+"""
+
+import json
+import os
+import subprocess
+import tempfile
+import unittest
+
+
+def uuid(number):
+    return f"00000000-0000-4000-8000-{number:012x}"
+
+
+INT, SIZE, LIMITS, FUN, FUN_TYPE, OTHER = (uuid(n) for n in range(1, 7))
+
+MODEL = {
+    "format": "zelkor-ast",
+    "version": "1.0",
+    "elements": [
+        {
+            "class": "source.CompilationUnit",
+            "uuid": uuid(100),
+            "Namespaces": [
+                {
+                    "class": "Namespace",
+                    "uuid": uuid(101),
+                    "Name": "ns",
+                    "Symbols": [
+                        {
+                            "class": "Function",
+                            "uuid": FUN,
+                            "Name": "length",
+                            "Type": FUN_TYPE,
+                            "Params": [{"class": "Variable", "uuid": uuid(7), "Name": "n", "Type": SIZE}],
+                        },
+                        {"class": "types.TypedefType", "uuid": SIZE, "Name": "size", "Type": INT},
+                        {"class": "Template", "uuid": LIMITS, "Name": "limits"},
+                    ],
+                },
+                {
+                    "class": "Namespace",
+                    "uuid": uuid(102),
+                    "Name": "io",
+                    "Symbols": [{"class": "Variable", "uuid": OTHER, "Name": "length", "Type": SIZE}],
+                },
+            ],
+            "Symbols": [
+                {"class": "types.IntegerType", "uuid": INT, "Name": "int"},
+                {"class": "types.FunctionType", "uuid": FUN_TYPE, "RetType": INT, "ParamTypes": [SIZE]},
+                {"class": "Variable", "uuid": uuid(8), "Name": "limits", "Type": INT},
+            ],
+        }
+    ],
+}
+
+
+class NamesTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory()
+        cls.model = os.path.join(cls.folder.name, "model.json")
+        with open(cls.model, "w") as file:
+            json.dump(MODEL, file)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.folder.cleanup()
+
+    def run_command(self, *words):
+        done = subprocess.run([os.environ["ZELKOR"], *words], capture_output=True, text=True, check=False)
+        return done.returncode, done.stdout, done.stderr
+
+    def test_what_is_printed(self):
+        for words, expected in (
+            (["signature", "ns::length"], "int ns::length(ns::size n)\n"),
+            (["signature", "length"], "int ns::length(ns::size n)\nns::size length\n"),
+            (["signature", FUN.upper()], "int ns::length(ns::size n)\n"),
+            (["signature", "ns::limits"], "ns::limits<#UnknownTemplateArgList#>\n"),
+            (["signature", "size"], "ns::size\n"),
+            (["signature", "limits"], "int limits\n"),
+            (["type", OTHER], "ns::size length\n"),
+            (["type", "--skip-typedefs", OTHER], "int length\n"),
+            (["type", "--declare", "x", "ns::size"], "ns::size x\n"),
+            (["type", "--declare=", OTHER], "ns::size\n"),
+            (["type", "ns::length"], "int /* FunctionType */ (ns::size)\n"),
+        ):
+            verb, *rest = words
+            with self.subTest(words=words):
+                *options, name = rest
+                self.assertEqual(self.run_command(verb, *options, self.model, name), (0, expected, ""))
+
+    def test_json(self):
+        code, out, _ = self.run_command("signature", "--json", self.model, "length")
+        self.assertEqual(code, 0)
+        reply = json.loads(out)
+        self.assertEqual((reply["format"], reply["version"]), ("zelkor-signature", "1.0"))
+        self.assertEqual(
+            reply["results"],
+            [
+                {
+                    "uuid": FUN,
+                    "class": "Function",
+                    "name": "length",
+                    "qualifiedName": "ns::length",
+                    "signature": "int ns::length(ns::size n)",
+                },
+                {
+                    "uuid": OTHER,
+                    "class": "Variable",
+                    "name": "length",
+                    "qualifiedName": "io::length",
+                    "signature": "ns::size length",
+                },
+            ],
+        )
+
+    def test_names_that_are_not_there(self):
+        for name, near in (
+            ("lenght", ["length"]),
+            ("ns::lengt", ["ns::length", "io::length"]),
+            ("limit", ["limits"]),
+            (uuid(999), []),
+            ("nothing_like_this_at_all", []),
+        ):
+            with self.subTest(name=name):
+                code, out, err = self.run_command("type", self.model, name)
+                self.assertEqual((code, out), (1, ""))
+                first, *rest = err.splitlines()
+                self.assertIn(f"'{name}'", first)
+                self.assertEqual([line.strip() for line in rest], near)
+
+    def test_wrong_use(self):
+        for words, said in (
+            (["type", self.model], "missing argument: NAME|UUID"),
+            (["type", self.model, "ns"], "'ns' is a Namespace and has no type"),
+            (["signature", self.model, "ns"], "'ns' is a Namespace and has no signature"),
+            (["type", "--skip", self.model, "x"], "unknown option '--skip'"),
+            (["type", os.path.join(self.folder.name, "none.json"), "x"], "none.json"),
+        ):
+            with self.subTest(words=words):
+                code, out, err = self.run_command(*words)
+                self.assertEqual((code, out), (2, ""))
+                self.assertIn(said, err)
+
+    def test_bytes_that_are_no_text(self):
+        odd = os.path.join(self.folder.name, "odd.xml")
+        code, _, err = self.run_command("convert", self.model, odd)
+        self.assertEqual((code, err), (0, ""))
+        with open(odd, encoding="utf-8") as file:
+            text = file.read()
+        with open(odd, "w", encoding="utf-8") as file:
+            file.write(text.replace('Name="limits"', 'Name="l&quot;\N{LATIN SMALL LETTER E WITH ACUTE}"'))
+        code, out, _ = self.run_command("signature", "--json", odd, LIMITS)
+        self.assertEqual(code, 0)
+        self.assertEqual(json.loads(out)["results"][0]["name"], 'l"\N{LATIN SMALL LETTER E WITH ACUTE}')
+
+
+if __name__ == "__main__":
+    unittest.main()
