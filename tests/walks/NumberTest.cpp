@@ -194,8 +194,8 @@ TEST(NumberFactory, HoldsTheLongestDouble) {
 }
 
 TEST(NumberFactory, NeedsAModel) {
-    EXPECT_ANY_THROW(zc::IntegerConstant::fromSignedInteger(nullptr, 1));
-    EXPECT_ANY_THROW(zc::FloatConstant::fromDouble(nullptr, 1));
+    EXPECT_ANY_THROW((void)zc::IntegerConstant::fromSignedInteger(nullptr, 1));
+    EXPECT_ANY_THROW((void)zc::FloatConstant::fromDouble(nullptr, 1));
 }
 
 TEST(IntegerText, IsReadAnewEachTime) {

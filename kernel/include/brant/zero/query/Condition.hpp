@@ -18,11 +18,6 @@
 
 namespace brant::zero::query {
 
-/// Base of all conditions. Each has `Subject`, the handle class that it asks, `test(body)`, `subject()`, the
-/// table of that class, and `print(out, binding)`: how tightly what stands around it binds, so that it knows
-/// whether to bracket itself.
-struct ConditionBase {};
-
 template <class C>
 concept IsCondition = std::derived_from<C, ConditionBase>;
 template <class L>
@@ -35,9 +30,6 @@ concept IsRelation = requires(L const& term) {
 };
 template <class Term>
 using PlaceOf = std::remove_cvref_t<decltype(placeOf(std::declval<Term const&>()))>;
-
-/// How tightly a condition binds in print.
-enum Binding : int { Loose, Or, And, Tight };
 
 // Values in print: texts quoted, enumerations by name, elements by identity.
 
@@ -180,15 +172,6 @@ class MatchCondition : public ConditionBase {
   private:
     Place place_;
     Pattern pattern_;
-};
-
-/// True for every element.
-class Anything : public ConditionBase {
-  public:
-    using Subject = ModelElement;
-    [[nodiscard]] static bool test(ModelElementImpl const&) noexcept { return true; }
-    [[nodiscard]] static schema::ClassTable const& subject() noexcept { return modelElementTable; }
-    static void print(std::ostream&, Binding) noexcept {}
 };
 
 /// Asks how many of the elements that are referred to meet a condition: some, all or none.

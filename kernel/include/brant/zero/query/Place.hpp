@@ -117,7 +117,23 @@ template <class Place>
 class ClassCondition;
 template <class Place>
 class ReferenceCondition;
-class Anything;
+
+/// How tightly a condition binds in print.
+enum Binding : int { Loose, Or, And };
+
+/// Base of all conditions. Each has `Subject`, the handle class that it asks, `test(body)`, `subject()`, the
+/// table of that class, and `print(out, binding)`: how tightly what stands around it binds, so that it knows
+/// whether to bracket itself.
+struct ConditionBase {};
+
+/// True for every element.
+class Anything : public ConditionBase {
+  public:
+    using Subject = ModelElement;
+    [[nodiscard]] static bool test(ModelElementImpl const&) noexcept { return true; }
+    [[nodiscard]] static schema::ClassTable const& subject() noexcept { return modelElementTable; }
+    static void print(std::ostream&, Binding) noexcept {}
+};
 
 /// An attribute of type `T`, asked of elements of class `Owner`. Comparisons are free operators.
 template <class Owner, class T, std::size_t Depth>
