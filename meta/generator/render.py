@@ -16,7 +16,7 @@ from pathlib import Path
 import jinja2
 
 import schema as schemas
-from schema_model import Argument, Class, Operation, Primitive, Property, Schema
+from schema_model import Argument, Class, Datatype, Operation, Primitive, Property, Schema
 
 SEQUENCE_KINDS = {"many_attribute", "many_reference", "map", "view"}
 VALUE_KINDS = {
@@ -198,6 +198,12 @@ def targets(classes) -> list[Class]:
     return list(seen.values())
 
 
+def value_types(c: Class) -> list[Datatype]:
+    """The value types that the operations of a class take, each once."""
+    seen = {a.type.dotted: a.type for o in c.operations for a in o.arguments if a.type.category == "datatype"}
+    return list(seen.values())
+
+
 def term_type(p: Property, holder: str) -> str:
     """The type of the query term that the class `holder` has for a property."""
     template = "Relation" if p.type.category == "class" else "Attribute"
@@ -255,8 +261,8 @@ def make_environment() -> jinja2.Environment:
     )
     for function in (
         native, element_type, collection_type, field_name, is_text, argument_type, result_type, field_order,
-        builder_fields, builder_type, setter, value_kind, flags, own_row, row_ref, facts, comment, targets, term_type,
-        cpp_string, short_name, operation_result, parameters, argument_facts, invoker,
+        builder_fields, builder_type, setter, value_kind, flags, own_row, row_ref, facts, comment, targets, value_types,
+        term_type, cpp_string, short_name, operation_result, parameters, argument_facts, invoker,
     ):
         env.globals[function.__name__] = function
     env.globals["property_kinds"] = PROPERTY_KINDS
