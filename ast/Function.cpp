@@ -3,7 +3,8 @@
 namespace zelkor::ast {
 
 bool Function::Impl::getIsTemplate() const {
-    return hasTemplateArgs();
+    // Through the getter, which refuses a placeholder: it does not know the arguments of what it stands for.
+    return !getTemplateArgs().empty();
 }
 
 } // namespace zelkor::ast
