@@ -32,7 +32,8 @@ ModelElementImpl* ReferenceSequence::resolved(std::size_t index) const {
     if (property.opposite != nullptr && !property.contained() && owner() != nullptr &&
         !Core::inverseContains(*target.get(), owner(), *property.opposite))
         return stored;
-    // Reading moves nothing: what a unique collection owns is in it already, and what it does not own stays away.
+    // Reading moves nothing: what a unique collection owns is in it already, and what it does not own stays
+    // away.
     if (property.unique() && keepsOrder()) return stored;
     auto& self = const_cast<ReferenceSequence&>(*this);
     // Resolution is no change, but a target that may vanish again must give the placeholder back.
@@ -83,10 +84,11 @@ std::size_t ReferenceSequence::find(ModelElementImpl const* element) const noexc
 }
 
 std::size_t ReferenceSequence::findResolving(ModelElementImpl const* element) {
-    std::size_t const index = find(element);
-    if (index != npos || empty() || !block_->irregular) return index;
-    resolveAll();
-    return find(element);
+    // A sequence in order by key holds no placeholders.
+    if (empty() || orderedByKey()) return find(element);
+    for (std::size_t i = 0; i < size(); ++i)
+        if (slot(i) == element || resolved(i) == element) return i;
+    return npos;
 }
 
 std::size_t ReferenceSequence::findByOrder(ModelElementImpl const* element) const noexcept {

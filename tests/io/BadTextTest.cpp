@@ -333,6 +333,7 @@ TEST(Versions, LaterMinorOnesAreReadAsFarAsTheyAreKnown) {
         ASSERT_EQ(parser->warnings().size(), each.warnings);
         EXPECT_TRUE(parser->warnings()[0].starts_with("<string>:")) << parser->warnings()[0];
         EXPECT_NE(parser->warnings()[0].find("It is skipped."), std::string::npos) << parser->warnings()[0];
+        EXPECT_EQ(load(each.text, each.format).getModel().size(), 1u); // who does not ask is not told
     }
 }
 

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <set>
 #include <stdexcept>
 
 using namespace testmodel;
@@ -131,6 +132,72 @@ TEST(Builder, WhatItDoesNotTakeStaysWithTheCaller) {
     EXPECT_EQ(failureOf([&] { builder.setOrAdd(za::Function::params().getProperty(), Value()); }),
               "NoSuchProperty");
     EXPECT_TRUE(builder.setProperties().none());
+}
+
+TEST(Builder, AValueWithoutItsBitIsNotGiven) {
+    struct Quiet : za::Macro::Impl::BuilderBase<Quiet> {
+        [[nodiscard]] ClassTable const& classTable() const noexcept override {
+            return za::Macro::Impl::table;
+        }
+        void whisper() {
+            doSetName(u"unheard");
+            doSetText(u"heard");
+            given<Quiet>(Core::rowOf(za::Macro::text().getProperty()).index);
+        }
+    } builder;
+    builder.setModel(newModel());
+    builder.whisper();
+    za::Macro const macro = za::Macro::cast(builder.createElement());
+    EXPECT_EQ(macro.getName(), u"");
+    EXPECT_EQ(macro.getText(), u"heard");
+}
+
+TEST(Builder, MakesContentsInPropertyOrderEachSubtreeWhole) {
+    Model const model = newModel();
+    auto const position = [] { return std::make_unique<za::source::SourcePosition::Builder>(); };
+    auto scope = std::make_unique<za::Scope::Builder>();
+    scope->addSymbols(variable("local"));
+    auto body = std::make_unique<za::source::SourceRange::Builder>();
+    body->setEnd(position()).setStart(position());
+    za::Function::Builder builder(model);
+    // Given in another order than they are made.
+    builder.addDeclPos(position()).setDefPos(position());
+    builder.addAnnotations(std::make_unique<za::codeinsight::PtrInfo::Builder>());
+    builder.addTemplateArgs(std::make_unique<za::TemplateArg::Builder>());
+    builder.addParams(variable("p")).setScope(std::move(scope)).setBodyPosition(std::move(body));
+    builder.addBefriendingAggregates(za::types::ClassType::create(model));
+    std::vector<std::string> order;
+    std::set<boost::uuids::uuid> identities;
+    Subscription const subscription = model.onCommit([&](CommitNotice const& notice) {
+        for (ModelElement const& element : notice.created) {
+            PropertyRow const* const held = element.get()->containmentRow();
+            order.emplace_back(held == nullptr ? "top" : held->name);
+            identities.insert(element.uuid());
+        }
+        EXPECT_TRUE(notice.changed.empty()); // what is given at birth is no change
+    });
+    builder.create();
+    EXPECT_EQ(order,
+              (std::vector<std::string>{"top", "BodyPosition", "Start", "End", "Scope", "Symbols", "Params",
+                                        "TemplateArgs", "Annotations", "DefPos", "DeclPos"}));
+    EXPECT_EQ(identities.size(), order.size());
+}
+
+TEST(Builder, ReachedTwiceInOneOrchestrationMakesOneElement) {
+    Model const model = newModel();
+    za::Macro::Builder outer(model);
+    za::Macro::Builder builder(model);
+    {
+        Builder::Orchestrator orchestrator(&outer);
+        EXPECT_EQ(orchestrator.getCreatedElement(&builder), nullptr);
+        orchestrator.addBuilder(&builder);
+        ModelElement const first = builder.doCreate(false, {});
+        EXPECT_EQ(builder.doCreate(false, {}), first);
+        EXPECT_EQ(orchestrator.getCreatedElement(&builder), first);
+        EXPECT_EQ(model.size(), 1u);
+    }
+    EXPECT_EQ(model.size(), 0u);
+    EXPECT_NE(builder.create(), builder.create());
 }
 
 TEST(Builder, ASecondSingleBuilderEndsTheFirst) {

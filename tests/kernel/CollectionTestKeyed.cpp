@@ -1,6 +1,7 @@
 // Maps and sets of elements, and the placeholders that they keep beside their members.
 
 #include "TestSchema.hpp"
+#include "brant/zero/Text.hpp"
 
 #include <gtest/gtest.h>
 
@@ -207,6 +208,43 @@ TEST_F(KeyedTest, ExternalPlaceholdersStayOutsideWhatOwns) {
     set.resolveLocal();
     set.resolveAll();
     EXPECT_EQ(set.getAllValuesAndProxies().size(), 1u);
+}
+
+TEST_F(KeyedTest, ATargetThatBelongsElsewhereJoinsOnlyWhenNobodyAsksIt) {
+    meta::Enum const type = meta::Enum::create(model);
+    meta::EnumLiteral const literal = meta::EnumLiteral::create(model);
+    literal.setName(u"a");
+    auto& literals = type.getLiteralsMutable();
+    ProxyId const id{u"", toUtf16(toString(literal.uuid())).value(), nullptr};
+    literals.addProxy(model.createProxy(meta::EnumLiteral::metaClass(), id));
+    literals.addProxy(model.createProxy(meta::EnumLiteral::metaClass(), id)); // the same once more
+    EXPECT_EQ(literals.getAllValuesAndProxies().size(), 1u);
+    literals.resolveAll();
+    EXPECT_EQ(literals.genericSize(), 0u); // its other end denies it
+    literals.resolveLocal();
+    EXPECT_EQ(literals.genericSize(), 1u);
+    EXPECT_EQ(literals.getAllValuesAndProxies().size(), 1u);
+}
+
+TEST_F(KeyedTest, WithoutAnOwnerEveryOperationWorksAndTellsNobody) {
+    Item const a = item(u"a");
+    Item const twin = item(u"a");
+    int commits = 0;
+    auto const subscription = model.onCommit([&](CommitNotice const&) { ++commits; });
+    Standalone<ElementMap<std::u16string, Item>> alone(nullptr, Shelf::Impl::rows[Shelf::Catalog]);
+    alone.insert(a);
+    alone.insert(twin, CollisionResolution::Replace);
+    alone.addProxy(createProxy(model, a.uuid()));
+    alone.resolveAll();
+    EXPECT_FALSE(shelf.get()->_basicContainsProxyTo(&alone, a));
+    EXPECT_EQ(alone[u"a"], twin);
+    EXPECT_EQ(alone.getAllValuesAndProxies().size(), 2u);
+    alone.genericRemove(twin);
+    EXPECT_TRUE(alone.empty());
+    alone.genericClear();
+    EXPECT_TRUE(alone.getAllValuesAndProxies().empty());
+    EXPECT_EQ(commits, 0);
+    EXPECT_EQ(twin.container(), nullptr);
 }
 
 TEST_F(KeyedTest, AResolvedPlaceholderGoesWhenItsAddingIsAbandoned) {

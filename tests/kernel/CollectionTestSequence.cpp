@@ -215,6 +215,36 @@ TEST_F(SequenceTest, BasicClearTellsNobody) {
     EXPECT_EQ(namesOf(items), Names({u"a"}));
 }
 
+TEST_F(SequenceTest, WithoutAnOwnerEveryOperationWorksAndTellsNobody) {
+    auto const made = letters(u"abc");
+    Item const proxy = createProxy(model, made[2].uuid());
+    int commits = 0;
+    auto const subscription = model.onCommit([&](CommitNotice const&) { ++commits; });
+    for (Shelf::Row row : {Shelf::Items, Shelf::Parts, Shelf::Links}) {
+        Standalone<ElementSequence<Item>> alone(nullptr, Shelf::Impl::rows[row]);
+        alone.add(made[0]);
+        alone.genericInsert(made[1], 0);
+        alone.add(proxy);
+        alone.resolveAll();
+        alone.resolveLocal();
+        EXPECT_FALSE(shelf.get()->_basicContainsProxyTo(&alone, made[2]));
+        EXPECT_EQ(alone.getAllValuesAndProxies(), (std::vector<ModelElement>{made[1], made[0], proxy}));
+        EXPECT_TRUE(alone.contains(made[0]));
+        alone.remove(made[1]);
+        alone.genericEnsureAt(made[1], 1);
+        alone.genericReplace(made[2], 2);
+        EXPECT_EQ(namesOf(alone), Names({u"a", u"b", u"c"}));
+        alone.remove(made[1]);
+        alone.genericRemoveAt(0);
+        EXPECT_EQ(namesOf(alone), Names({u"c"}));
+        alone.genericClear();
+        EXPECT_TRUE(alone.empty());
+    }
+    EXPECT_EQ(commits, 0);
+    for (Item const& each : made)
+        EXPECT_EQ(each.container(), nullptr);
+}
+
 TEST_F(SequenceTest, TypedRangesWorkWithTheLibrary) {
     for (Item const& each : letters(u"dcba"))
         items.add(each);

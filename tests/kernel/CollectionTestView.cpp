@@ -128,6 +128,21 @@ TEST_F(ViewTest, PlaceholdersAreTheParents) {
     EXPECT_EQ(namesOf(gadgets), Names({u"G"}));
 }
 
+TEST_F(ViewTest, WhatRestoresStatePassesItBy) {
+    fill(u"aA");
+    Gadget const gadget(items[1].get());
+    Gadget const target = Gadget::create(model, u"G");
+    ProxyId const id{u"", toUtf16(toString(target.uuid())).value(), nullptr};
+    items.add(Item(model.createProxy(Gadget::metaClass(), id).get()));
+    auto const before = items.getAllValuesAndProxies();
+    shelf.get()->_basicAdd(&gadgets, Gadget::create(model, u"B"));
+    shelf.get()->_basicRemove(&gadgets, gadget);
+    shelf.get()->_basicCopyValues(&gadgets, &gadgets);
+    shelf.get()->_basicClear(&gadgets);
+    EXPECT_FALSE(shelf.get()->_basicContainsProxyTo(&gadgets, target));
+    EXPECT_EQ(items.getAllValuesAndProxies(), before);
+}
+
 TEST_F(ViewTest, OwnsNothing) {
     fill(u"aA");
     EXPECT_EQ(gadgets.getCollectionType(), Gadget::metaClass());

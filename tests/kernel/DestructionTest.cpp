@@ -5,6 +5,7 @@
 #include "brant/zero/meta/Names.hpp"
 #include "zelkor/ast.hpp"
 
+#include <boost/optional/optional.hpp>
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -190,6 +191,78 @@ TEST(Destruction, InvalidateCallsTheHookOncePerCollection) {
             if (std::string(row->name) == name)
                 expected.push_back(const_cast<AbstractOwnedCollection*>(&Core::collection(*body, *row)));
     EXPECT_EQ(seen, expected);
+}
+
+TEST(Destruction, HandlesMadeWhileAnElementIsFreedDoNotFreeItAgain) {
+    static int freed;
+    static std::uint32_t count;
+    freed = 0;
+    struct Witness final : za::Macro::Impl {
+        using za::Macro::Impl::Impl;
+        ~Witness() override {
+            ModelElement const handle(this);
+            ModelElement const copy = handle;
+            count = refCount();
+            ++freed;
+        }
+    };
+    ClassTable table = za::Macro::Impl::table;
+    table.construct = [](ModelImpl* model, boost::uuids::uuid const& uuid) -> ModelElementImpl* {
+        return new Witness(Model(model), uuid);
+    };
+    Model const model = newModel();
+    ModelElement element = Core::create(table, model, {});
+    element.destroy();
+    EXPECT_EQ(freed, 0);
+    element = nullptr;
+    EXPECT_EQ(freed, 1);
+    EXPECT_EQ(count, ElementImpl::REFCOUNT_DELETING);
+}
+
+TEST(Destruction, ReferencesOfOneElementAreDroppedWithUpkeepOrWithout) {
+    Model const model = newModel();
+    za::Function const function = za::Function::create(model);
+    za::Scope const scope = za::Scope::create(model);
+    za::Variable const param = za::Variable::create(model);
+    za::Template const assoc = za::Template::create(model);
+    auto const befriending = za::types::ClassType::create(model);
+    auto const refer = [&] {
+        function.setAssocTemplate(assoc);
+        function.getBefriendingAggregatesMutable().add(befriending);
+    };
+    auto const expectOnlyWhatIsOwned = [&] {
+        EXPECT_FALSE(function.hasAssocTemplate());
+        EXPECT_FALSE(function.hasBefriendingAggregates());
+        EXPECT_EQ(function.getScope(), scope);
+        EXPECT_EQ(function.getParams().size(), 1u);
+        EXPECT_EQ(violationOf(model), "");
+    };
+    function.setScope(scope);
+    function.getParamsMutable().add(param);
+    refer();
+    auto const told = reported(function, [&] { function.get()->disassociateIncoming(); });
+    EXPECT_EQ(told.size(), 2u);
+    EXPECT_EQ(told.at("AssocTemplate").getValue<ModelElement>(), assoc);
+    EXPECT_TRUE(told.contains("BefriendingAggregates"));
+    expectOnlyWhatIsOwned();
+    refer();
+    boost::optional<ProxyId> unused;
+    EXPECT_TRUE(
+        reported(function, [&] { function.get()->convertReferencesToProxies(true, unused); }).empty());
+    EXPECT_FALSE(unused);
+    expectOnlyWhatIsOwned();
+    auto const proxy = placeholderFor<za::Function>(model, ElementImpl::generateNewUuid());
+    EXPECT_EQ(failureOf([&] { proxy.get()->disassociateIncoming(); }), "CannotModifyProxy");
+    // The other way round: what is owned goes, what is referred to stays.
+    refer();
+    function.get()->doDestroy(false, false);
+    EXPECT_FALSE(scope);
+    EXPECT_FALSE(param);
+    EXPECT_FALSE(function.hasScope());
+    EXPECT_FALSE(function.hasParams());
+    EXPECT_EQ(function.getAssocTemplate(), assoc);
+    EXPECT_TRUE(function.hasBefriendingAggregates());
+    EXPECT_EQ(violationOf(model), "");
 }
 
 TEST(Destruction, AMillionNestedScopes) {

@@ -273,6 +273,28 @@ TEST(Notice, OldCollectionsAreThoseOfTheStart) {
     }
 }
 
+TEST(Notice, TheOldValueIsThatBeforeTheFirstOfSeveralChanges) {
+    Stage s;
+    s.macro.setName(u"start");
+    s.function.setScope(s.scope);
+    auto const twice = [&](auto first, auto second) {
+        Transaction outer = s.model.beginTransaction();
+        first();
+        Transaction inner = s.model.beginTransaction();
+        second();
+        inner.commit();
+        outer.commit();
+    };
+    auto const name = reported(
+        s.macro, [&] { twice([&] { s.macro.setName(u"between"); }, [&] { s.macro.setName(u"end"); }); });
+    EXPECT_EQ(name.at("Name").getValue<std::u16string>(), u"start");
+    auto const reference = reported(
+        s.function, [&] { twice([&] { s.function.setScope(s.second); }, [&] { s.function.setScope({}); }); });
+    EXPECT_EQ(reference.at("Scope").getValue<ModelElement>(), s.scope);
+    auto const inner = reported(s.macro, [&] { twice([] {}, [&] { s.macro.setName(u"later"); }); });
+    EXPECT_EQ(inner.at("Name").getValue<std::u16string>(), u"end");
+}
+
 TEST(Notice, ALoneSetterIsACommitAndAnEmptyOneIsNone) {
     Stage s;
     int calls = 0;

@@ -90,6 +90,86 @@ TEST(Storage, AnEmptyCollectionIsRememberedAsEmpty) {
     EXPECT_EQ(old.collection()->owner(), nullptr);
 }
 
+TEST(Storage, PlaceholdersInAMapAreNoContent) {
+    Model const model = newModel();
+    za::Project const project = za::Project::create(model);
+    project.getFilesMutable().add(
+        placeholderFor<za::source::SourceFile>(model, ElementImpl::generateNewUuid()));
+    auto const storage = project.get()->createStorage();
+    meta::Property const files = za::Project::files().getProperty();
+    project.get()->copyValue(storage.get(), Core::rowOf(files).index);
+    storage->mark(Core::rowOf(files).index);
+    Value const old = storage->getOldValue(files, plain);
+    ASSERT_NE(old.collection(), nullptr);
+    EXPECT_TRUE(old.collection()->asReferences()->getAllValuesAndProxies().empty());
+}
+
+TEST(Storage, APlaceholderThatWasResolvedCountsAsChanged) {
+    Model const model = newModel();
+    za::Function const function = za::Function::create(model);
+    za::Template const target = za::Template::create(model);
+    function.setAssocTemplate(placeholderFor<za::Template>(model, target.uuid()));
+    auto const storage = function.get()->createStorage();
+    std::size_t const index = Core::rowOf(za::Function::assocTemplate().getProperty()).index;
+    function.get()->copyValue(storage.get(), index);
+    storage->mark(index);
+    storage->revertUnchanged(function.get());
+    EXPECT_FALSE(storage->changed(index));
+    storage->mark(index);
+    EXPECT_EQ(function.getAssocTemplate(), target);
+    storage->revertUnchanged(function.get());
+    EXPECT_TRUE(storage->changed(index));
+}
+
+TEST(Storage, WritingBackTellsNobody) {
+    Model const model = newModel();
+    za::Project const project = za::Project::create(model);
+    auto const file = za::source::SourceFile::create(model);
+    file.setPath(u"/a");
+    project.getFilesMutable().insert(file);
+    za::Function const function = za::Function::create(model);
+    za::Variable const param = za::Variable::create(model);
+    function.getParamsMutable().add(param);
+    auto const path = Core::rowOf(za::source::SourceFile::path().getProperty()).index;
+    auto const params = Core::rowOf(za::Function::params().getProperty()).index;
+    auto const ofFile = file.get()->createStorage();
+    auto const ofFunction = function.get()->createStorage();
+    file.get()->copyValue(ofFile.get(), path);
+    ofFile->mark(path);
+    ofFunction->mark(params); // nothing was copied: it was empty
+    file.setPath(u"/b");
+    int commits = 0;
+    Subscription const subscription = model.onCommit([&](CommitNotice const&) { ++commits; });
+    file.get()->copyStateFromStorage(ofFile.get());
+    function.get()->copyStateFromStorage(ofFunction.get());
+    EXPECT_EQ(commits, 0);
+    EXPECT_EQ(file.getPath(), u"/a");
+    EXPECT_EQ(project.getFiles().keys(), std::vector<std::u16string>{u"/b"}); // no entry moves
+    EXPECT_FALSE(function.hasParams());
+    EXPECT_EQ(param.container(), function); // the other end keeps its link
+    Core::field<std::u16string>(*file.get(), Core::rowOf(za::source::SourceFile::path().getProperty())) =
+        u"/b";
+    Core::restoreLink(*param.get(), nullptr, nullptr, 9);
+    EXPECT_EQ(violationOf(model), "");
+}
+
+TEST(Storage, WhatHadNoContainerRemembersThat) {
+    Model const model = newModel();
+    za::Function const function = za::Function::create(model);
+    za::Scope const scope = za::Scope::create(model);
+    auto const storage = scope.get()->createStorage();
+    meta::Property const owningFun = za::Scope::owningFun().getProperty();
+    std::size_t const index = Core::rowOf(owningFun).index;
+    scope.get()->copyValue(storage.get(), index);
+    storage->mark(index);
+    scope.setOwningFun(function);
+    storage->revertUnchanged(scope.get());
+    EXPECT_TRUE(storage->changed(index));
+    Value const old = storage->getOldValue(owningFun, plain);
+    EXPECT_EQ(old.getValue<ModelElement>(), nullptr);
+    EXPECT_EQ(old.getType(), meta::Type(za::Function::metaClass()));
+}
+
 TEST(Storage, ContainerEndsShareOneFact) {
     Model const model = newModel();
     za::Function const function = za::Function::create(model);

@@ -310,6 +310,22 @@ TEST(Conformance, BothTextFormsKeepEachProperty) {
     std::cout << "bytes written: JSON " << sizes["JSON"] << ", XML " << sizes["XML"] << '\n';
 }
 
+TEST(Conformance, AFreshElementIsWrittenAsClassAndIdentity) {
+    using zelkor::ast::io::IoFormat;
+    for (ClassTable const* table : classes()) {
+        if (table->isAbstract) continue;
+        zelkor::ast::Ast ast(newModel());
+        ModelElement const element = make(ast.getModel(), *table);
+        std::string const name = table->shortName;
+        std::string const uuid = element.get()->identifier();
+        std::string const json = zelkor::ast::io::serializeToUTF8String(ast, IoFormat::json);
+        EXPECT_NE(json.find("{\"class\":\"" + name + "\",\"uuid\":\"" + uuid + "\"}"), std::string::npos)
+            << json;
+        std::string const xml = zelkor::ast::io::serializeToUTF8String(ast, IoFormat::xml);
+        EXPECT_NE(xml.find("<" + name + " uuid=\"" + uuid + "\"/>"), std::string::npos) << xml;
+    }
+}
+
 TEST(Conformance, WrongPropertiesAndTypesChangeNothing) {
     forEachProperty("refusals", changeableKinds, [](ModelElement const& element, PropertyRow const& row) {
         Model const model = element.getModel();

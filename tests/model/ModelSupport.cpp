@@ -44,12 +44,37 @@ std::vector<PropertyRow const*> propertiesOf(ClassTable const& table) {
     return rows;
 }
 
+PropertyRow const& rowNamed(ClassTable const& table, std::string_view name) {
+    for (PropertyRow const* candidate : propertiesOf(table))
+        if (candidate->name == name) return *candidate;
+    throw std::logic_error("no property " + std::string(name));
+}
+
 std::string nameOf(PropertyRow const& row) {
     return std::string(row.owner->qualifiedName) + "." + row.name;
 }
 
 ModelElement make(Model const& model, ClassTable const& table) {
     return Core::create(concrete(table), model, {});
+}
+
+ModelElement placeholderFor(Model const& model, meta::Class const& cls, boost::uuids::uuid const& target,
+                            bool external) {
+    ProxyId id{u"", toUtf16(toString(target)).value(), nullptr};
+    if (external) id.external = std::make_shared<std::u16string>(u"elsewhere");
+    return model.createProxy(cls, id);
+}
+
+std::map<std::string, Value> reported(ModelElement const& element, std::function<void()> const& call) {
+    std::map<std::string, Value> old;
+    Subscription const subscription = element.getModel().onCommit([&](CommitNotice const& notice) {
+        for (ElementChange const& change : notice.changed)
+            if (change.element() == element)
+                for (meta::Property const& property : change.properties())
+                    old.insert_or_assign(Core::rowOf(property).name, change.oldValue(property));
+    });
+    call();
+    return old;
 }
 
 namespace {

@@ -9,7 +9,10 @@
 #include <concepts>
 #include <cstddef>
 #include <exception>
+#include <functional>
+#include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace testmodel {
@@ -27,6 +30,8 @@ std::vector<ClassTable const*> const& classes();
 ClassTable const& concrete(ClassTable const& table);
 /// All properties that elements of the class have, computed ones included, root class first.
 std::vector<PropertyRow const*> propertiesOf(ClassTable const& table);
+/// \returns the property of that name, own or inherited.
+PropertyRow const& rowNamed(ClassTable const& table, std::string_view name);
 std::string nameOf(PropertyRow const& row);
 
 /// \returns a value for one attribute that differs from the default; values of different `variant` below 2
@@ -61,6 +66,16 @@ std::string failureOf(Call call) {
 
 /// A model with an element that nothing refers to, of any class.
 ModelElement make(Model const& model, ClassTable const& table);
+/// A placeholder for the element of that identity, which need not be there.
+ModelElement placeholderFor(Model const& model, meta::Class const& cls, boost::uuids::uuid const& target,
+                            bool external);
+template <class X>
+X placeholderFor(Model const& model, boost::uuids::uuid const& target, bool external = false) {
+    return X::cast(placeholderFor(model, X::metaClass(), target, external));
+}
+/// \returns what the commits of a call reported about an element: old values by name of property. That of a
+/// collection lives as long as the call.
+std::map<std::string, Value> reported(ModelElement const& element, std::function<void()> const& call);
 std::size_t sizeOf(AbstractOwnedCollection const& collection);
 
 } // namespace testmodel

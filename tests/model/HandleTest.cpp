@@ -1,0 +1,118 @@
+// What handles and the collections behind them offer to code that compiles against them.
+
+#include "model/ModelSupport.hpp"
+
+#include "zelkor/ast.hpp"
+
+#include <gtest/gtest.h>
+
+#include <ranges>
+#include <type_traits>
+#include <unordered_set>
+
+using namespace testmodel;
+namespace za = zelkor::ast;
+using za::types::Method;
+
+namespace {
+
+static_assert(sizeof(ModelElement) == sizeof(void*));
+static_assert(sizeof(za::Function) == sizeof(void*) && sizeof(Method) == sizeof(void*));
+static_assert(std::is_nothrow_move_constructible_v<za::Function> &&
+              std::is_copy_constructible_v<za::Function>);
+
+template <class From, class To>
+constexpr bool upcast = std::is_convertible_v<From, To> && !std::is_convertible_v<To, From>;
+static_assert(upcast<Method, za::Function> && upcast<za::Function, za::Declaration>);
+static_assert(upcast<za::Declaration, za::Symbol> && upcast<za::Symbol, za::source::LocatedObject>);
+static_assert(upcast<za::source::LocatedObject, ModelElement>);
+static_assert(!std::is_convertible_v<za::Function, za::Variable>);
+
+template <class Range>
+using Read = std::remove_reference_t<Range> const;
+static_assert(std::ranges::random_access_range<Read<decltype(za::Scope().getSymbols())>>);
+static_assert(std::ranges::contiguous_range<Read<decltype(za::Function().getComments())>>);
+static_assert(std::ranges::bidirectional_range<Read<decltype(za::Project().getFiles())>>);
+static_assert(std::ranges::forward_range<Read<decltype(za::Scope().getVars())>>);
+// Reading hands out nothing that changes the model.
+static_assert(std::is_const_v<std::remove_reference_t<decltype(za::Scope().getSymbols())>>);
+static_assert(!std::is_const_v<std::remove_reference_t<decltype(za::Scope().getSymbolsMutable())>>);
+
+} // namespace
+
+TEST(Handle, IsAValueThatStandsForItsElement) {
+    Model const model = newModel();
+    za::Function const function = Method::create(model);
+    za::Symbol const symbol = function;
+    EXPECT_TRUE(symbol == function);
+    EXPECT_EQ(std::hash<za::Symbol>()(symbol), std::hash<ModelElement>()(function));
+    std::unordered_set<ModelElement> const set = {symbol, function, za::Scope::create(model)};
+    EXPECT_EQ(set.size(), 2u);
+    EXPECT_EQ(Method::cast(symbol), function);
+    EXPECT_EQ(za::Variable::cast(symbol), nullptr);
+    EXPECT_EQ(za::Function::cast(nullptr), nullptr);
+    function->setName("through the body");
+    EXPECT_EQ(function.getName(), "through the body");
+    EXPECT_EQ(symbol.getMetaClass(), Method::metaClass());
+}
+
+TEST(Handle, EachClassHasAnObjectThatStandsForIt) {
+    EXPECT_EQ(&za::Function::Uuid(), &za::Function::Uuid());
+    EXPECT_NE(static_cast<void const*>(&za::Function::Uuid()), static_cast<void const*>(&Method::Uuid()));
+}
+
+TEST(Handle, OperationsThatReflectionCannotCallAreRefused) {
+    Model const model = newModel();
+    za::Function const function = za::Function::create(model);
+    meta::Operation onClass;
+    for (meta::Operation const& operation : za::types::Type::metaClass().getOperations())
+        if (operation.getIsStatic()) onClass = operation;
+    ASSERT_TRUE(onClass);
+    auto const type = za::types::VoidType::create(model);
+    EXPECT_EQ(failureOf([&] { type.invoke(onClass, {}); }), "InvalidValue");
+    EXPECT_EQ(failureOf([&] { function.invoke(onClass, {}); }), "InvalidValue");
+    EXPECT_EQ(failureOf([&] { function.invoke(meta::Operation(), {}); }), "InvalidValue");
+}
+
+TEST(Handle, CollectionsKeepTheirAddressAndReadingOneChangesNothing) {
+    Model const model = newModel();
+    za::Function const function = za::Function::create(model);
+    za::Variable const variable = za::Variable::create(model);
+    std::string const before = dump(model);
+    auto const* const params = &function.getParams();
+    auto const* const comments = &function.getComments();
+    auto const changes = reported(function, [&] {
+        for (za::Variable const& param : function.getParams())
+            ADD_FAILURE() << param.getName();
+        EXPECT_EQ(function.getComments().size(), 0u);
+        EXPECT_FALSE(function.getParams().contains(variable));
+    });
+    EXPECT_TRUE(changes.empty());
+    EXPECT_EQ(dump(model), before);
+    function.getParamsMutable().add(variable);
+    function.getCommentsMutable().push_back(u"c");
+    {
+        Transaction const level = model.beginTransaction();
+        function.getParamsMutable().clear();
+        function.destroy();
+    }
+    EXPECT_EQ(&function.getParams(), params);
+    EXPECT_EQ(&function.getComments(), comments);
+    EXPECT_EQ(&function.getParamsMutable(), params);
+    EXPECT_EQ(params->size(), 1u);
+}
+
+TEST(Handle, BuildersTakeListsOfElements) {
+    Model const model = newModel();
+    auto const a = za::types::ClassType::create(model);
+    auto const b = za::types::StructType::create(model);
+    za::Function::Builder builder(model);
+    builder.addBefriendingAggregates({a, b}).addBefriendingAggregates(a).addComments({u"x", u"y"});
+    za::Function const function = builder.create();
+    auto const& friends = function.getBefriendingAggregates();
+    ASSERT_EQ(friends.size(), 3u);
+    EXPECT_TRUE(friends[0] == a && friends[1] == b && friends[2] == a);
+    EXPECT_EQ(function.getComments()[1], u"y");
+    za::Function const none = builder.clearBefriendingAggregates().create();
+    EXPECT_FALSE(none.hasBefriendingAggregates());
+}
