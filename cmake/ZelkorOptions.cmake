@@ -14,6 +14,10 @@ if(ZELKOR_SANITIZE)
   target_compile_options(zelkor_settings INTERFACE -fsanitize=${ZELKOR_SANITIZE} -fno-omit-frame-pointer
                                                    -fno-sanitize-recover=all)
   target_link_options(zelkor_settings INTERFACE -fsanitize=${ZELKOR_SANITIZE})
+  if(CMAKE_CXX_COMPILER_ID MATCHES Clang)
+    target_compile_options(zelkor_settings
+                           INTERFACE -fsanitize-ignorelist=${CMAKE_CURRENT_LIST_DIR}/sanitize-ignore.txt)
+  endif()
 endif()
 option(ZELKOR_COVERAGE "Build with coverage counters" OFF)
 if(ZELKOR_COVERAGE)
