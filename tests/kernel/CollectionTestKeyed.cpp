@@ -1,9 +1,7 @@
 // Maps and sets of elements, and the placeholders that they keep beside their members.
 
-#include "TestSchema.hpp"
+#include "CollectionSupport.hpp"
 #include "brant/zero/Text.hpp"
-
-#include <gtest/gtest.h>
 
 #include <map>
 #include <random>
@@ -11,13 +9,6 @@
 
 namespace shop {
 namespace {
-
-namespace m = brant0::messages;
-
-template <class Message, class F>
-void expectReport(F action) {
-    EXPECT_THROW(action(), MessageException<Message>);
-}
 
 class KeyedTest : public testing::Test {
   protected:
@@ -407,11 +398,7 @@ TEST_F(KeyedTest, AgreesWithAMapAcrossRollbacks) {
     for (int i = 0; i < 30; ++i)
         pool.push_back(item(std::u16string(1, static_cast<char16_t>(u'a' + i % 12))));
     Content expected;
-    struct Level {
-        Transaction transaction;
-        Content before;
-    };
-    std::vector<Level> levels;
+    OpenLevels<Content> levels(model);
     std::mt19937 random(7);
     auto below = [&random](std::size_t bound) { return random() % bound; };
     for (int step = 0; step < 4000; ++step) {
@@ -447,22 +434,14 @@ TEST_F(KeyedTest, AgreesWithAMapAcrossRollbacks) {
             }
             break;
         case 6:
-            if (levels.size() < 4) levels.push_back({model.beginTransaction(), expected});
+            levels.begin(expected);
             break;
         default:
-            if (levels.empty()) break;
-            if (below(2) == 0) {
-                levels.back().transaction.commit();
-            } else {
-                levels.back().transaction.rollback();
-                expected = levels.back().before;
-            }
-            levels.pop_back();
+            levels.end(below(2) == 0, expected);
         }
         ASSERT_EQ(contentOf(catalog), expected) << "after step " << step;
     }
-    while (!levels.empty())
-        levels.pop_back();
+    levels.abandonAll();
     if (auto const violation = model.verify()) ADD_FAILURE() << violation->rule << ": " << violation->detail;
 }
 

@@ -1,8 +1,6 @@
 // Collections of plain values.
 
-#include "TestSchema.hpp"
-
-#include <gtest/gtest.h>
+#include "CollectionSupport.hpp"
 
 #include <algorithm>
 #include <random>
@@ -10,13 +8,6 @@
 
 namespace shop {
 namespace {
-
-namespace m = brant0::messages;
-
-template <class Message, class F>
-void expectReport(F action) {
-    EXPECT_THROW(action(), MessageException<Message>);
-}
 
 class PrimitiveTest : public testing::Test {
   protected:
@@ -227,11 +218,7 @@ TYPED_TEST(PrimitiveWalk, AgreesWithAVectorAcrossRollbacksAndInOldValues) {
         }
         committed = this->valuesOf(sequence);
     });
-    struct Level {
-        Transaction transaction;
-        std::vector<TypeParam> before;
-    };
-    std::vector<Level> levels;
+    OpenLevels<std::vector<TypeParam>> levels(this->model);
     std::mt19937 random(11);
     auto below = [&random](std::size_t bound) { return random() % bound; };
     for (int step = 0; step < 3000; ++step) {
@@ -270,22 +257,13 @@ TYPED_TEST(PrimitiveWalk, AgreesWithAVectorAcrossRollbacksAndInOldValues) {
             }
             break;
         case 6:
-            if (levels.size() < 4) levels.push_back({this->model.beginTransaction(), expected});
+            levels.begin(expected);
             break;
         default:
-            if (levels.empty()) break;
-            if (below(3) != 0) {
-                levels.back().transaction.commit();
-            } else {
-                levels.back().transaction.rollback();
-                expected = levels.back().before;
-            }
-            levels.pop_back();
+            levels.end(below(3) != 0, expected);
         }
         ASSERT_EQ(this->valuesOf(sequence), expected) << "after step " << step;
     }
-    while (!levels.empty())
-        levels.pop_back();
 }
 
 } // namespace

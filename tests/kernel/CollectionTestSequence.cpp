@@ -1,8 +1,6 @@
 // The ordered collection of elements: typed and reflective operations, containment, positions, rollback.
 
-#include "TestSchema.hpp"
-
-#include <gtest/gtest.h>
+#include "CollectionSupport.hpp"
 
 #include <algorithm>
 #include <iterator>
@@ -11,13 +9,6 @@
 
 namespace shop {
 namespace {
-
-namespace m = brant0::messages;
-
-template <class Message, class F>
-void expectReport(F action) {
-    EXPECT_THROW(action(), MessageException<Message>);
-}
 
 class SequenceTest : public testing::Test {
   protected:
@@ -313,11 +304,7 @@ TEST_P(SequenceWalk, AgreesWithAVectorAcrossRollbacks) {
     bool const repeats = GetParam().repeats;
     std::vector<Item> const pool = letters(u"abcdefghijklmnopqrstuvwxyz");
     std::vector<Item> expected;
-    struct Level {
-        Transaction transaction;
-        std::vector<Item> before;
-    };
-    std::vector<Level> levels;
+    OpenLevels<std::vector<Item>> levels(model);
     std::mt19937 random(20);
     auto below = [&random](std::size_t bound) { return random() % bound; };
     for (int step = 0; step < 6000; ++step) {
@@ -379,17 +366,10 @@ TEST_P(SequenceWalk, AgreesWithAVectorAcrossRollbacks) {
             }
             break;
         case 8:
-            if (levels.size() < 4) levels.push_back({model.beginTransaction(), expected});
+            levels.begin(expected);
             break;
         default:
-            if (levels.empty()) break;
-            if (below(2) == 0) {
-                levels.back().transaction.commit();
-            } else {
-                levels.back().transaction.rollback();
-                expected = levels.back().before;
-            }
-            levels.pop_back();
+            levels.end(below(2) == 0, expected);
         }
         ASSERT_EQ(namesOf(sequence), namesOf(expected)) << "after step " << step;
         ASSERT_EQ(sequence.contains(picked), std::count(expected.begin(), expected.end(), picked) > 0);
@@ -399,8 +379,7 @@ TEST_P(SequenceWalk, AgreesWithAVectorAcrossRollbacks) {
             ASSERT_EQ(sequence.genericIndexOf(expected.back()), first);
         }
     }
-    while (!levels.empty())
-        levels.pop_back();
+    levels.abandonAll();
     if (auto const violation = model.verify()) ADD_FAILURE() << violation->rule << ": " << violation->detail;
 }
 

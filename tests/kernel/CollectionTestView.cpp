@@ -1,19 +1,10 @@
 // Views: the members of another collection that are of one class.
 
-#include "TestSchema.hpp"
+#include "CollectionSupport.hpp"
 #include "brant/zero/Text.hpp"
-
-#include <gtest/gtest.h>
 
 namespace shop {
 namespace {
-
-namespace m = brant0::messages;
-
-template <class Message, class F>
-void expectReport(F action) {
-    EXPECT_THROW(action(), MessageException<Message>);
-}
 
 class ViewTest : public testing::Test {
   protected:
