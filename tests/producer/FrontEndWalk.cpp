@@ -269,6 +269,7 @@ void FrontEndWalk::compareFunction(CXCursor cursor, za::Function const& function
     bool const isOther = function.getDefPos() && !clang_isCursorDefinition(cursor);
     expect(isOther || (made && agreesFunction(made, type, hasResult, 0)), cursor,
            "type " + take(clang_getTypeSpelling(type)));
+    compareNames(cursor, function);
     compareParameters(cursor, function);
     expect(function.getIsVariadic() == (clang_Cursor_isVariadic(cursor) != 0), cursor, "IsVariadic");
     // What one declaration says holds for all, so that the model may know more than this one.

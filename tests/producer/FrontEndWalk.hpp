@@ -50,6 +50,8 @@ class FrontEndWalk {
     zelkor::ast::Symbol match(CXCursor cursor, std::string const& kind, Place const& place) const;
     void compare(CXCursor cursor, zelkor::ast::Symbol const& symbol);
     void compareFunction(CXCursor cursor, zelkor::ast::Function const& function);
+    void compareNames(CXCursor cursor, zelkor::ast::Function const& function);
+    void compareQualifiedName(CXCursor cursor, zelkor::ast::Function const& function);
     void compareParameters(CXCursor cursor, zelkor::ast::Function const& function);
     void compareVariable(CXCursor cursor, zelkor::ast::Variable const& variable);
     void compareAggregate(CXCursor cursor, zelkor::ast::types::AggregateType const& aggregate);

@@ -1,0 +1,81 @@
+// The rules by which texts of the model and of the front end are compared: what they make equal, and what
+// not.
+#include "Spelling.hpp"
+
+#include <gtest/gtest.h>
+
+namespace zelkor::producer::test {
+namespace {
+
+struct Row {
+    char const* ours;
+    char const* theirs;
+};
+
+TEST(Spelling, FullNamesAreEqualUpToTheRules) {
+    for (Row const& row : {
+             Row{"f(char const *)", "f(char const*)"},
+             Row{"f(unsigned int)", "f( unsigned  int )"},
+             Row{"f(void)", "f()"},
+             Row{"f(char const *)", "f(const char*)"},
+             Row{"f(std::vector<int, A<int>> const &)", "f(const std::vector<int, A<int> >&)"},
+             Row{"f(A<char const *>)", "f(A<const char*>)"},
+             Row{"f(unsigned long const volatile)", "f(const volatile unsigned long)"},
+             Row{"f(int /* FunctionType */ (char))", "f(int (*)(char))"},
+             Row{"f(int /* FunctionType */ (void))", "f(int (* const)())"},
+             Row{"f(int *)", "f(int C::*)"},
+             Row{"f(S *)", "f(struct S *)"},
+             Row{"f(char * restrict)", "f(char*__restrict)"},
+             Row{"C::f[abi:cxx11](void)", "C::f()"},
+             Row{"f(void)", "(anonymous namespace)::f()"},
+             Row{"ns::::f(void)", "ns::(anonymous namespace)::f()"},
+             Row{"A<3, 1>::f(void)", "A<3u, true>::f()"},
+             Row{"A<2>::f(void)", "A<(ns::E)2>::f()"},
+             Row{"f::Local::m(void)", "f(int)::Local::m()"},
+             Row{"f(int[3], char const *[])", "f(int*, const char**)"},
+             Row{"f(int[2][3], float[4])", "f(int (*) [3], float __vector(4))"},
+             Row{"A::operator string const &(void) const", "A::operator ns::string const&() const"},
+             Row{"f(std::nullptr_t)", "f(decltype(nullptr))"},
+             Row{"f(std::basic_ostream<char, std::char_traits<char>> &)", "f(std::ostream&)"},
+         })
+        EXPECT_EQ(fullSpelling(row.ours), fullSpelling(row.theirs)) << row.theirs;
+    for (Row const& row : {
+             Row{"ns::f(int)", "f(int)"},
+             Row{"f(A<int>)", "f(A<char>)"},
+             Row{"f(char const *)", "f(char * const)"},
+             Row{"f(int, ...)", "f(int)"},
+             Row{"f(int *)", "f(int **)"},
+             Row{"f(unsigned int)", "f(int)"},
+             Row{"f(long long)", "f(long)"},
+             Row{"A<3>::f()", "A<4>::f()"},
+             Row{"f(int (*)(char))", "f(int (*)(int))"},
+             Row{"f() const", "f()"},
+             Row{"A::operator int()", "A::operator char()"},
+             Row{"operator new(int)", "operator delete(int)"},
+             Row{"f(int[3][4])", "f(int**)"},
+         })
+        EXPECT_NE(fullSpelling(row.ours), fullSpelling(row.theirs)) << row.theirs;
+}
+
+TEST(Spelling, WrittenTypesLeaveOutScopesAndArguments) {
+    for (Row const& row : {
+             Row{"std::string const &", "const string &"},
+             Row{"std::vector<std::basic_string<char>, int> *", "vector<std::string> *"},
+             Row{"ns::A<int>::type const &", "const typename A<int>::type &"},
+             Row{"A &&", "::A &&"},
+             Row{"A ... &&", "A &&..."},
+             Row{"int[3]", "int[3]"},
+         })
+        EXPECT_EQ(writtenSpelling(row.ours), writtenSpelling(row.theirs)) << row.theirs;
+    for (Row const& row : {
+             Row{"std::string &", "string const &"},
+             Row{"std::size_t", "unsigned long"},
+             Row{"ns::A *", "ns::B *"},
+             Row{"int[3]", "int[4]"},
+             Row{"int /* FunctionType */ (char, ...)", "int (char)"},
+         })
+        EXPECT_NE(writtenSpelling(row.ours), writtenSpelling(row.theirs)) << row.theirs;
+}
+
+} // namespace
+} // namespace zelkor::producer::test
