@@ -92,8 +92,8 @@ void unifyWords(Tokens& tokens) {
     }
     for (std::size_t i = 0; i + 3 < tokens.size(); ++i)
         if (tokens[i] == "__vector") {
-            tokens[i + 1] = "[";
-            tokens[i + 3] = "]";
+            tokens[i + 1].assign(1, '[');
+            tokens[i + 3].assign(1, ']');
             tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(i));
         }
 }
