@@ -394,7 +394,7 @@ TEST(Conformance, IndicesNamesAndIdentities) {
         for (std::uint16_t i = 0; i < table->rowCount; ++i)
             withoutBody += table->rows[i].kind == Derived && table->rows[i].derived == nullptr;
         for (std::uint16_t i = 0; i < table->operationCount; ++i)
-            withoutBody += table->operations[i].invoker == nullptr;
+            withoutBody += table->operations[i].callable && table->operations[i].invoker == nullptr;
         if (table->isAbstract) continue;
         Model const model = newModel();
         ModelElement const element = make(model, *table);
@@ -408,5 +408,5 @@ TEST(Conformance, IndicesNamesAndIdentities) {
     }
     EXPECT_EQ(builders, 69u);
     EXPECT_EQ(indexed, 220u);
-    EXPECT_EQ(withoutBody, 84u) << "members whose body is still to come";
+    EXPECT_EQ(withoutBody, 64u) << "members whose body is still to come";
 }
