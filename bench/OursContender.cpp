@@ -1,6 +1,7 @@
 #include "Changes.hpp"
 #include "Contenders.hpp"
 #include "OursBuilder.hpp"
+#include "OursNames.hpp"
 #include "OursVisitors.hpp"
 
 #include <brant/zero/Slab.hpp>
@@ -201,23 +202,24 @@ void rollback(Stage& stage) {
 } // namespace
 
 Contender oursContender() {
-    return {"ours",
-            {{"create", create},
-             {"walk", walk},
-             {"walk.reflective", walkReflective},
-             {"json.save", save<IoFormat::json>},
-             {"json.load", load<IoFormat::json>},
-             {"xml.save", save<IoFormat::xml>},
-             {"xml.load", load<IoFormat::xml>},
-             {"change", change},
-             {"rollback", rollback},
-             {"destroy", destroy},
-             {"memory", memory},
-             {"json.memory", loadedMemory<IoFormat::json>},
-             {"json.peak", loadPeak<IoFormat::json>},
-             {"xml.memory", loadedMemory<IoFormat::xml>},
-             {"xml.peak", loadPeak<IoFormat::xml>}},
-            warmSlabs};
+    std::vector<Workload> workloads = nameWorkloads();
+    std::vector<Workload> const own = {{"create", create},
+                                       {"walk", walk},
+                                       {"walk.reflective", walkReflective},
+                                       {"json.save", save<IoFormat::json>},
+                                       {"json.load", load<IoFormat::json>},
+                                       {"xml.save", save<IoFormat::xml>},
+                                       {"xml.load", load<IoFormat::xml>},
+                                       {"change", change},
+                                       {"rollback", rollback},
+                                       {"destroy", destroy},
+                                       {"memory", memory},
+                                       {"json.memory", loadedMemory<IoFormat::json>},
+                                       {"json.peak", loadPeak<IoFormat::json>},
+                                       {"xml.memory", loadedMemory<IoFormat::xml>},
+                                       {"xml.peak", loadPeak<IoFormat::xml>}};
+    workloads.insert(workloads.begin(), own.begin(), own.end());
+    return {"ours", workloads, warmSlabs};
 }
 
 } // namespace zelkor::bench
