@@ -34,7 +34,9 @@ std::string className(ModelElement const& element) {
 std::string title(ModelElement const& element) {
     if (auto const type = za::types::Type::cast(element))
         return za::types::Type::generateTypeName(type, {}, false);
-    if (auto const function = za::Function::cast(element)) return function.generateSignature();
+    if (auto const declaration = za::Declaration::cast(element)) return declaration.generateSignature();
+    if (auto const base = za::types::BaseClass::cast(element)) return title(base.getType());
+    if (auto const range = za::source::SourceRange::cast(element)) return placeOf(range.getStart()).text();
     if (auto const file = za::source::SourceFile::cast(element)) return brant::zero::toUtf8(file.getPath());
     if (za::source::SourcePosition::cast(element)) return placeOf(element).text();
     if (auto const argument = za::TemplateArg::cast(element)) return argument.getFullyQualifiedName(false);

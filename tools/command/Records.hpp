@@ -21,8 +21,9 @@ struct Place {
 
 /// \returns the class as model files spell it, such as "types.ClassType".
 [[nodiscard]] std::string className(brant::zero::ModelElement const& element);
-/// \returns the text that tells the element best: a type as declared, a function's signature, the qualified
-/// name of what has one, a file's path, a position, a value. May be empty.
+/// \returns the text that tells the element best: a type as declared, a declaration's signature, the
+/// qualified name of what has one, a file's path, a position, a value. Empty for a null handle, and where
+/// nothing tells.
 [[nodiscard]] std::string title(brant::zero::ModelElement const& element);
 
 /// \returns `"uuid": ..., "class": ..., "name": ..., "qualifiedName": ...` without braces.
