@@ -4,74 +4,51 @@ Run with the path of the command in ZELKOR.
 """
 
 import json
-import os
-import subprocess
-import tempfile
 import unittest
 
-
-def uuid(number):
-    return f"00000000-0000-4000-8000-{number:012x}"
-
+from support import CommandTest, uuid
 
 INT, SIZE, LIMITS, FUN, FUN_TYPE, OTHER = (uuid(n) for n in range(1, 7))
 
-MODEL = {
-    "format": "zelkor-ast",
-    "version": "1.0",
-    "elements": [
-        {
-            "class": "source.CompilationUnit",
-            "uuid": uuid(100),
-            "Namespaces": [
-                {
-                    "class": "Namespace",
-                    "uuid": uuid(101),
-                    "Name": "ns",
-                    "Symbols": [
-                        {
-                            "class": "Function",
-                            "uuid": FUN,
-                            "Name": "length",
-                            "Type": FUN_TYPE,
-                            "Params": [{"class": "Variable", "uuid": uuid(7), "Name": "n", "Type": SIZE}],
-                        },
-                        {"class": "types.TypedefType", "uuid": SIZE, "Name": "size", "Type": INT},
-                        {"class": "Template", "uuid": LIMITS, "Name": "limits"},
-                    ],
-                },
-                {
-                    "class": "Namespace",
-                    "uuid": uuid(102),
-                    "Name": "io",
-                    "Symbols": [{"class": "Variable", "uuid": OTHER, "Name": "length", "Type": SIZE}],
-                },
-            ],
-            "Symbols": [
-                {"class": "types.IntegerType", "uuid": INT, "Name": "int"},
-                {"class": "types.FunctionType", "uuid": FUN_TYPE, "RetType": INT, "ParamTypes": [SIZE]},
-                {"class": "Variable", "uuid": uuid(8), "Name": "limits", "Type": INT},
-            ],
-        }
-    ],
-}
+ELEMENTS = [
+    {
+        "class": "source.CompilationUnit",
+        "uuid": uuid(100),
+        "Namespaces": [
+            {
+                "class": "Namespace",
+                "uuid": uuid(101),
+                "Name": "ns",
+                "Symbols": [
+                    {
+                        "class": "Function",
+                        "uuid": FUN,
+                        "Name": "length",
+                        "Type": FUN_TYPE,
+                        "Params": [{"class": "Variable", "uuid": uuid(7), "Name": "n", "Type": SIZE}],
+                    },
+                    {"class": "types.TypedefType", "uuid": SIZE, "Name": "size", "Type": INT},
+                    {"class": "Template", "uuid": LIMITS, "Name": "limits"},
+                ],
+            },
+            {
+                "class": "Namespace",
+                "uuid": uuid(102),
+                "Name": "io",
+                "Symbols": [{"class": "Variable", "uuid": OTHER, "Name": "length", "Type": SIZE}],
+            },
+        ],
+        "Symbols": [
+            {"class": "types.IntegerType", "uuid": INT, "Name": "int"},
+            {"class": "types.FunctionType", "uuid": FUN_TYPE, "RetType": INT, "ParamTypes": [SIZE]},
+            {"class": "Variable", "uuid": uuid(8), "Name": "limits", "Type": INT},
+        ],
+    }
+]
 
 
-class NamesTest(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.folder = tempfile.TemporaryDirectory()
-        cls.model = os.path.join(cls.folder.name, "model.json")
-        with open(cls.model, "w") as file:
-            json.dump(MODEL, file)
-
-    @classmethod
-    def tearDownClass(cls):
-        cls.folder.cleanup()
-
-    def run_command(self, *words):
-        done = subprocess.run([os.environ["ZELKOR"], *words], capture_output=True, text=True, check=False)
-        return done.returncode, done.stdout, done.stderr
+class NamesTest(CommandTest):
+    elements = ELEMENTS
 
     def test_what_is_printed(self):
         for words, expected in (
@@ -138,7 +115,7 @@ class NamesTest(unittest.TestCase):
             (["type", self.model, "ns"], "'ns' is a Namespace and has no type"),
             (["signature", self.model, "ns"], "'ns' is a Namespace and has no signature"),
             (["type", "--skip", self.model, "x"], "unknown option '--skip'"),
-            (["type", os.path.join(self.folder.name, "none.json"), "x"], "none.json"),
+            (["type", self.path("none.json"), "x"], "none.json"),
         ):
             with self.subTest(words=words):
                 code, out, err = self.run_command(*words)
@@ -146,7 +123,7 @@ class NamesTest(unittest.TestCase):
                 self.assertIn(said, err)
 
     def test_bytes_that_are_no_text(self):
-        odd = os.path.join(self.folder.name, "odd.xml")
+        odd = self.path("odd.xml")
         code, _, err = self.run_command("convert", self.model, odd)
         self.assertEqual((code, err), (0, ""))
         with open(odd, encoding="utf-8") as file:

@@ -27,6 +27,9 @@ void pushChildren(ModelElementImpl const& element, std::vector<ModelElementImpl 
             if (value != nullptr) stack.push_back(value);
         } else if constexpr (std::is_same_v<T, brant::zero::ReferenceSequence>) {
             stack.insert(stack.end(), value.slots(), value.slots() + value.size());
+        } else if constexpr (std::is_same_v<T, brant::zero::ReferenceCollection>) {
+            for (ModelElement const& member : value.getAllValues())
+                stack.push_back(member.get());
         }
     });
     std::reverse(stack.begin() + static_cast<std::ptrdiff_t>(bottom), stack.end());
@@ -39,17 +42,10 @@ bool hasName(ModelElement const& element) {
 /// Symbols, namespaces and macros in the order of the model.
 std::vector<ModelElement> namedElements(za::Ast const& ast) {
     std::vector<ModelElement> named;
-    std::vector<ModelElementImpl const*> stack;
-    std::vector<ModelElement> const roots = ast.getModel().getTopLevelElements();
-    for (auto root = roots.rbegin(); root != roots.rend(); ++root)
-        stack.push_back(root->get());
-    while (!stack.empty()) {
-        ModelElementImpl const& element = *stack.back();
-        stack.pop_back();
-        if (!element.valid() || element.isProxy()) continue;
-        if (ModelElement const handle = element.This(); hasName(handle)) named.push_back(handle);
-        pushChildren(element, stack);
-    }
+    for (ModelElement const& root : ast.getModel().getTopLevelElements())
+        forEachBelow(root, [&](ModelElement const& element) {
+            if (hasName(element)) named.push_back(element);
+        });
     return named;
 }
 
@@ -79,6 +75,17 @@ std::vector<std::string> nearestNames(std::vector<ModelElement> const& named, st
 }
 
 } // namespace
+
+void forEachBelow(ModelElement const& root, std::function<void(ModelElement const&)> const& visit) {
+    std::vector<ModelElementImpl const*> stack{root.get()};
+    while (!stack.empty()) {
+        ModelElementImpl const& element = *stack.back();
+        stack.pop_back();
+        if (!element.valid() || element.isProxy()) continue;
+        visit(element.This());
+        pushChildren(element, stack);
+    }
+}
 
 std::string simpleName(ModelElement const& element) {
     if (auto const symbol = za::Symbol::cast(element)) return symbol.getName();

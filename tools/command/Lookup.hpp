@@ -3,6 +3,7 @@
 
 #include "Verbs.hpp"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,11 @@ struct Lookup {
 /// Looks for an identity, else for all symbols, namespaces and macros whose qualified name is `word`, else
 /// for those whose simple name it is. Linear in the size of the model.
 [[nodiscard]] Lookup lookUp(zelkor::ast::Ast const& ast, std::string const& word);
+
+/// Calls `visit` for an element and for all that it contains, an element before its contents. Placeholders
+/// are left out.
+void forEachBelow(brant::zero::ModelElement const& root,
+                  std::function<void(brant::zero::ModelElement const&)> const& visit);
 
 /// Says on standard error that there is no `word`, and which names are near. \returns the exit code for it.
 int reportMissing(std::string const& word, Lookup const& lookup);

@@ -39,6 +39,35 @@ std::vector<Verb> const& verbs() {
          {{"--json", nullptr, nullptr, "as JSON"}, {"--files", nullptr, nullptr, "list the files"}},
          {"zelkor stats model.json", "zelkor stats --json model.xml"},
          &runStats},
+        {"find",
+         "FILE",
+         "List symbols by class and name, each with its place. Everything in the model is looked at unless "
+         "an "
+         "option leaves it out.",
+         {{"--class", "-k", "CLASS", "of this class or a subclass, such as Function or types.ClassType"},
+          {"--name", nullptr, "NAME", "whose simple name is NAME"},
+          {"--qualified", nullptr, "NAME", "whose name from the outermost scope inward is NAME"},
+          {"--signature", nullptr, "TEXT", "whose declaration, as zelkor signature prints it, is TEXT"},
+          {"--regex", "-E", "REGEX", "whose qualified name holds a match of the ECMAScript pattern"},
+          {"--exact-class", nullptr, nullptr, "of the class itself, not of a subclass"},
+          {"--no-namespaces", nullptr, nullptr, "not in namespaces and blocks inside a unit"},
+          {"--no-std", nullptr, nullptr, "not in namespace std"},
+          {"--no-system-headers", nullptr, nullptr, "not in system headers, and only what has a definition"},
+          {"--no-templates", nullptr, nullptr, "not inside of templates"},
+          {"--no-aggregates", nullptr, nullptr, "not inside of classes, structs and unions"},
+          {"--limit", "-n", "N", "the first N only; 0 or absent: all"},
+          {"--json", nullptr, nullptr, "as JSON"}},
+         {"zelkor find model.json --class Function --no-system-headers --regex '::get[A-Z]'",
+          "zelkor find model.json --qualified ns::Foo --json"},
+         &runFind},
+        {"show",
+         "FILE NAME|UUID",
+         "Tell everything about one element.",
+         {{"--all", nullptr, nullptr, "also values that are the default, computed ones, and lists in full"},
+          {"--json", nullptr, nullptr, "as JSON"}},
+         {"zelkor show model.json ns::Foo",
+          "zelkor show --json model.xml 3f2c1f3a-58a0-4f3e-9d0c-2f1f9a6c7e11"},
+         &runShow},
         {"type",
          "FILE NAME|UUID",
          "Print the type of a symbol as a declaration of its name.",
@@ -69,7 +98,7 @@ void printUsage(std::ostream& out) {
         out << "  " << verb.name << std::string(10 - std::string(verb.name).size(), ' ') << verb.summary
             << '\n';
     out << "\nzelkor VERB --help tells about one verb; zelkor --version about this program.\n"
-           "exit codes: 0 done, 1 no such name, 2 wrong usage or input, 3 units failed (with "
+           "exit codes: 0 done, 1 nothing found, 2 wrong usage or input, 3 units failed (with "
            "--fail-on-error), 130 "
            "interrupted\n";
 }

@@ -1,6 +1,6 @@
 // The verbs that print one text for what a name stands for: its type, its signature.
 
-#include "Lookup.hpp"
+#include "Records.hpp"
 
 #include <functional>
 #include <optional>
@@ -15,14 +15,6 @@ namespace {
 /// The text that a verb prints for an element; none for what has no such text.
 using Describe = std::function<std::optional<std::string>(ModelElement const&)>;
 
-std::string record(ModelElement const& element, char const* key, std::string const& text) {
-    return "    {\"uuid\": " + jsonText(element->identifier()) +
-           ", \"class\": " + jsonText(element->classTable().shortName) +
-           ", \"name\": " + jsonText(simpleName(element)) +
-           ", \"qualifiedName\": " + jsonText(qualifiedName(element)) + ", \"" + key +
-           "\": " + jsonText(text) + "}";
-}
-
 int describe(Arguments const& arguments, char const* what, Describe const& textOf) {
     arguments.requireOperands({"FILE", "NAME|UUID"});
     za::Ast const ast = readModel(arguments.operands()[0]);
@@ -30,19 +22,16 @@ int describe(Arguments const& arguments, char const* what, Describe const& textO
     Lookup const lookup = lookUp(ast, word);
     if (lookup.elements.empty()) return reportMissing(word, lookup);
     std::string lines;
-    std::string records;
+    std::vector<std::string> records;
     for (ModelElement const& element : lookup.elements)
         if (std::optional<std::string> const text = textOf(element)) {
             lines += *text + '\n';
-            records += (records.empty() ? "\n" : ",\n") + record(element, what, *text);
+            records.push_back("    {" + commonMembers(element) + ", \"" + what + "\": " + jsonText(*text) +
+                              "}");
         }
     if (lines.empty())
-        throw UsageError("'" + word + "' is a " + lookup.elements.front()->classTable().shortName +
-                         " and has no " + what);
-    print(arguments.has("--json")
-              ? std::string("{\n  \"format\": \"zelkor-") + what +
-                    "\",\n  \"version\": \"1.0\",\n  \"results\": [" + records + "\n  ]\n}\n"
-              : lines);
+        throw UsageError("'" + word + "' is a " + className(lookup.elements.front()) + " and has no " + what);
+    print(arguments.has("--json") ? jsonReply(std::string("zelkor-") + what, records) : lines);
     return Ok;
 }
 

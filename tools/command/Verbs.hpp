@@ -16,6 +16,8 @@ int runStats(Arguments const& arguments);
 int runSchema(Arguments const& arguments);
 int runType(Arguments const& arguments);
 int runSignature(Arguments const& arguments);
+int runFind(Arguments const& arguments);
+int runShow(Arguments const& arguments);
 
 /// \returns the format that a path's ending or an option names. \throws UsageError for an unknown one.
 [[nodiscard]] zelkor::ast::io::IoFormat formatOf(std::string const& path, std::string const& option);

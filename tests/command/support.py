@@ -1,0 +1,36 @@
+"""What the tests of the command share. The path of the command is in ZELKOR."""
+
+import json
+import os
+import subprocess
+import tempfile
+import unittest
+
+
+def uuid(number):
+    return f"00000000-0000-4000-8000-{number:012x}"
+
+
+class CommandTest(unittest.TestCase):
+    """Runs the command on a model file with the elements that a subclass lists."""
+
+    elements = []
+
+    @classmethod
+    def setUpClass(cls):
+        cls.folder = tempfile.TemporaryDirectory()
+        cls.model = cls.path("model.json")
+        with open(cls.model, "w", encoding="utf-8") as file:
+            json.dump({"format": "zelkor-ast", "version": "1.0", "elements": cls.elements}, file)
+
+    @classmethod
+    def tearDownClass(cls):
+        cls.folder.cleanup()
+
+    @classmethod
+    def path(cls, name):
+        return os.path.join(cls.folder.name, name)
+
+    def run_command(self, *words):
+        done = subprocess.run([os.environ["ZELKOR"], *words], capture_output=True, text=True, check=False)
+        return done.returncode, done.stdout, done.stderr
