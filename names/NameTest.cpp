@@ -12,7 +12,7 @@ namespace {
 Body const* namedBy(Body const& symbol) {
     Body const* at = &symbol;
     for (int steps = 0; steps < 8; ++steps) {
-        if (!conforms<Template>(*at)) return at;
+        if (!isA<Template>(*at)) return at;
         Body const* prototype = alive(as<Template>(*at).getProtoTypeInstantiationBody());
         if (prototype == nullptr) return at;
         at = prototype;
@@ -26,7 +26,7 @@ bool mayBeQualified(std::string_view wanted, Body const& symbol) {
     Body const* const named = namedBy(symbol);
     if (named == nullptr) return true;
     std::string_view own = as<Symbol>(*named).getName();
-    if (own.empty() && conforms<types::Type>(*named)) own = unnamed;
+    if (own.empty() && isA<types::Type>(*named)) own = unnamed;
     if (own.empty()) return true;
     if (wanted.ends_with(own)) {
         std::size_t const begin = wanted.size() - own.size();
@@ -38,7 +38,7 @@ bool mayBeQualified(std::string_view wanted, Body const& symbol) {
 /// The signature of a function holds its name; that of a variable need not, since a function type drops it.
 bool mayBeSignature(std::string_view wanted, Body const& symbol) {
     Body const* const named = namedBy(symbol);
-    return named == nullptr || !conforms<Function>(*named) ||
+    return named == nullptr || !isA<Function>(*named) ||
            wanted.find(as<Symbol>(*named).getName()) != std::string_view::npos;
 }
 

@@ -4,6 +4,7 @@
 
 #include "Names.hpp"
 #include "TypeRules.hpp"
+#include "brant/zero/Bodies.hpp"
 #include "zelkor/ast/Function.hpp"
 #include "zelkor/ast/Variable.hpp"
 #include "zelkor/ast/types/AggregateType.hpp"
@@ -19,6 +20,8 @@
 #include <utility>
 
 namespace zelkor::ast::names {
+
+using brant::zero::isA;
 
 /// Writes into one buffer. Layers of types and chains of scopes lie on two stacks that all nested texts
 /// share; only lists (template arguments, parameter types) are written by recursion.
@@ -142,11 +145,6 @@ class NameWriter::CycleDetector {
 /// \returns the body when it is there and alive, else null.
 inline Body const* alive(Body const* body) noexcept {
     return body != nullptr && body->valid() ? body : nullptr;
-}
-
-template <class T>
-[[nodiscard]] bool conforms(Body const& body) noexcept {
-    return body.classTable().conformsTo(T::Impl::table);
 }
 
 /// \requires the body to be a `T`.

@@ -27,9 +27,9 @@ Body const* insideOf(Scope::Impl const& scope) {
 
 /// \returns what qualifies the name of a symbol, or null.
 Body const* ownerOf(Body const& symbol) {
-    if (conforms<types::TemplateParamType>(symbol)) return nullptr;
-    if (conforms<types::Method>(symbol)) return as<types::Method>(symbol).getOwningAggregateBody();
-    if (conforms<types::Member>(symbol)) return as<types::Member>(symbol).getAggregateBody();
+    if (isA<types::TemplateParamType>(symbol)) return nullptr;
+    if (isA<types::Method>(symbol)) return as<types::Method>(symbol).getOwningAggregateBody();
+    if (isA<types::Member>(symbol)) return as<types::Member>(symbol).getAggregateBody();
     return as<Symbol>(symbol).getOwningScopeBody();
 }
 
@@ -52,12 +52,12 @@ bool NameWriter::collectChain(Body const& element) {
     for (Body const* at = &element; at != nullptr; at = next) {
         if (detector.returned(*at)) return false;
         ++visits_;
-        if (conforms<Scope>(*at)) {
+        if (isA<Scope>(*at)) {
             next = insideOf(as<Scope>(*at));
-            if (next != nullptr || !conforms<Namespace>(*at)) continue;
+            if (next != nullptr || !isA<Namespace>(*at)) continue;
             next = as<Scope>(*at).getParentBody();
         } else {
-            if (conforms<Template>(*at) && (next = alive(as<Template>(*at).getProtoTypeInstantiationBody())))
+            if (isA<Template>(*at) && (next = alive(as<Template>(*at).getProtoTypeInstantiationBody())))
                 continue;
             next = ownerOf(*at);
         }
@@ -79,23 +79,23 @@ void NameWriter::writeQualifiedName(Body const& element) {
 
 void NameWriter::writeLink(Link const& link) {
     Body const& element = *link.element;
-    if (conforms<Scope>(element)) {
+    if (isA<Scope>(element)) {
         out_ += as<Namespace>(element).getName();
         return;
     }
     std::string const& name = as<Symbol>(element).getName();
-    if (!conforms<types::Type>(element)) {
+    if (!isA<types::Type>(element)) {
         out_ += name;
-        if (!link.hasOwner || !conforms<Function>(element)) return;
+        if (!link.hasOwner || !isA<Function>(element)) return;
         auto const& function = as<Function>(element);
         if (function.getIsTemplate()) writeArguments(element, function.getTemplateArgs());
         return;
     }
     out_ += name.empty() ? unnamed : std::string_view(name);
-    if (conforms<types::AggregateType>(element)) {
+    if (isA<types::AggregateType>(element)) {
         auto const& aggregate = as<types::AggregateType>(element);
         if (aggregate.getIsTemplate()) writeArguments(element, aggregate.getTemplateArgs());
-    } else if (conforms<types::TypedefType>(element)) {
+    } else if (isA<types::TypedefType>(element)) {
         auto const& alias = as<types::TypedefType>(element);
         if (!alias.getTemplateArgs().empty()) writePlainArguments(element, alias.getTemplateArgs());
     }
@@ -168,7 +168,7 @@ void NameWriter::writeArgument(TemplateArg::Impl const& argument, bool afterPack
 }
 
 void NameWriter::writeTypeArgument(Body const* type, bool afterPackMark) {
-    bool const isParameter = type != nullptr && conforms<types::TemplateParamType>(*type);
+    bool const isParameter = type != nullptr && isA<types::TemplateParamType>(*type);
     if (isParameter) out_ += afterPackMark ? "typename ... " : "typename ";
     std::size_t const start = out_.size();
     if (isParameter)
@@ -185,14 +185,14 @@ void NameWriter::writeValueArgument(Body const* value, bool afterPackMark) {
     }
     auto const& constant = as<constants::Constant>(*value);
     Body const* type = alive(constant.getTypeBody());
-    if (conforms<constants::NumericConstant>(*value)) {
-        if (type != nullptr && conforms<types::EnumType>(*type))
+    if (isA<constants::NumericConstant>(*value)) {
+        if (type != nullptr && isA<types::EnumType>(*type))
             writeEnumerator(as<types::EnumType>(*type), constant.getName());
         else
             out_ += as<constants::NumericConstant>(*value).getValue();
         return;
     }
-    if (conforms<constants::AddressConstant>(*value)) {
+    if (isA<constants::AddressConstant>(*value)) {
         auto const& address = as<constants::AddressConstant>(*value);
         bool const told = address.getKind() != AddressKind::Unknown && !address.getValue().empty();
         out_ += told ? std::string_view(address.getValue()) : "#UnknownAddress#";
@@ -210,8 +210,7 @@ void NameWriter::writeValueArgument(Body const* value, bool afterPackMark) {
 void NameWriter::writeEnumerator(types::EnumType::Impl const& enumeration, std::string const& name) {
     std::size_t const start = out_.size();
     Body const* scope = enumeration.getOwningScopeBody();
-    bool const byNamespace =
-        !enumeration.getIsScopedEnum() && scope != nullptr && conforms<Namespace>(*scope);
+    bool const byNamespace = !enumeration.getIsScopedEnum() && scope != nullptr && isA<Namespace>(*scope);
     writeQualifiedName(byNamespace ? *scope : enumeration);
     if (out_.size() != start) out_ += "::";
     out_ += name;

@@ -12,27 +12,26 @@ namespace zelkor::ast::names {
 void NameWriter::writeSignature(Body const& symbol) {
     CycleDetector detector;
     Body const* at = &symbol;
-    while (conforms<Template>(*at)) {
+    while (isA<Template>(*at)) {
         auto const& made = as<Template>(*at);
         if (made.getIsExported()) out_ += "exported ";
         Body const* prototype = alive(made.getProtoTypeInstantiationBody());
         if (prototype == nullptr || detector.returned(*prototype)) break;
         at = prototype;
     }
-    if (conforms<types::Type>(*at)) return writeType(at, {}, false);
-    if (conforms<Function>(*at)) return writeFunctionSignature(as<Function>(*at));
-    if (conforms<Variable>(*at)) return writeVariableSignature(as<Variable>(*at));
+    if (isA<types::Type>(*at)) return writeType(at, {}, false);
+    if (isA<Function>(*at)) return writeFunctionSignature(as<Function>(*at));
+    if (isA<Variable>(*at)) return writeVariableSignature(as<Variable>(*at));
     writeQualifiedName(*at);
-    if (conforms<Template>(*at)) out_ += "<#UnknownTemplateArgList#>";
+    if (isA<Template>(*at)) out_ += "<#UnknownTemplateArgList#>";
 }
 
 void NameWriter::writeFunctionSignature(Function::Impl const& function) {
-    types::Method::Impl const* method =
-        conforms<types::Method>(function) ? &as<types::Method>(function) : nullptr;
+    types::Method::Impl const* method = isA<types::Method>(function) ? &as<types::Method>(function) : nullptr;
     if (method != nullptr && method->getIsVirtual()) out_ += "virtual ";
     if (function.getIsInline()) out_ += "inline ";
     Body const* type = alive(function.getTypeBody());
-    if (type != nullptr && conforms<types::FunctionType>(*type))
+    if (type != nullptr && isA<types::FunctionType>(*type))
         if (Body const* result = alive(as<types::FunctionType>(*type).getRetTypeBody())) {
             writeType(result, {}, false);
             out_ += ' ';

@@ -29,8 +29,8 @@ bool bindsBehindTheName(Body const* base) noexcept {
 /// \returns whether a typedef that may be expanded is written as what it stands for.
 bool expands(types::TypedefType::Impl const& type) {
     Body const* base = alive(type.getTypeBody());
-    return base == nullptr || !(conforms<types::TypeOpType>(*base) || conforms<types::TypeAttrType>(*base) ||
-                                conforms<types::NullPtrType>(*base));
+    return base == nullptr || !(isA<types::TypeOpType>(*base) || isA<types::TypeAttrType>(*base) ||
+                                isA<types::NullPtrType>(*base));
 }
 
 void appendQualifiers(std::string& out, types::QualifiedType::Impl const& type) {
