@@ -35,8 +35,9 @@ meta::Class symbolClass(std::string const& word) {
     std::vector<std::string> names;
     for (meta::Class const& cls : classes) {
         std::string const simple = brant::zero::toUtf8(cls.getName());
-        std::string const dotted = "." + meta::qualifiedNameUtf8(cls);
-        if (word == simple || (!word.empty() && dotted.ends_with("." + word))) return cls;
+        std::string const dotted = meta::qualifiedNameUtf8(cls);
+        bool const ends = !word.empty() && dotted.ends_with(word);
+        if (ends && (dotted.size() == word.size() || dotted[dotted.size() - word.size() - 1] == '.')) return cls;
         names.push_back(simple);
     }
     std::string const near = nearest(word, names);

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "brant/zero/Model.hpp"
-#include "brant/zero/query/Condition.hpp"
+#include "brant/zero/query/Operators.hpp"
 #include "brant/zero/query/Walk.hpp"
 
 #include <cstddef>
