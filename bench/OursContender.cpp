@@ -2,6 +2,7 @@
 #include "Contenders.hpp"
 #include "OursBuilder.hpp"
 #include "OursQueries.hpp"
+#include "OursSearch.hpp"
 #include "OursVisitors.hpp"
 
 #include <brant/zero/Slab.hpp>
@@ -217,6 +218,10 @@ Contender oursContender() {
              {"query", onModel<query>},
              {"query.handles", onModel<queryByHandles>},
              {"query.bodies", onModel<queryByBodies>},
+             {"find", onModel<find>},
+             {"find.default", onModel<findByDefault>},
+             {"find.signature", onModel<findBySignature>},
+             {"find.nothing", onModel<findNothing>},
              {"json.save", save<IoFormat::json>},
              {"json.load", load<IoFormat::json>},
              {"xml.save", save<IoFormat::xml>},
