@@ -1,6 +1,6 @@
-// All contenders. Workload names are the same for all: create, walk, walk.reflective, query, json.save, json.load,
-// json.parse (no typed tree), xml.save, xml.load, change, rollback, destroy, memory, json.memory, json.peak,
-// xml.memory, xml.peak, and those of OursNames.hpp; each contender offers those that it can do.
+// All contenders. Workload names are the same for all: create, walk, walk.reflective, query, find, json.save,
+// json.load, json.parse (no typed tree), xml.save, xml.load, change, rollback, destroy, memory, json.memory,
+// json.peak, xml.memory, xml.peak, and those of OursNames.hpp; each contender offers those that it can do.
 #pragma once
 
 #include "Stage.hpp"

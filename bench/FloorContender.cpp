@@ -2,6 +2,7 @@
 #include "Contenders.hpp"
 #include "FloorTables.hpp"
 #include "FloorWrite.hpp"
+#include "Search.hpp"
 
 #include <memory>
 
@@ -60,6 +61,40 @@ void walk(Stage& stage) {
     WalkSums sums;
     stage.measure([&] { visit<tracks>(*model->project, sums); });
     stage.expectSums(sums);
+}
+
+/// Counts functions of a name below a scope by comparing the parts of the name, `prefix` being what is known
+/// of it. \returns 0 for a scope that has another name, after the whole walk all the same.
+template <bool tracks>
+std::size_t countNamed(typename Tree<tracks>::Scope const& scope, std::string_view wanted,
+                       std::size_t prefix) {
+    using Types = Tree<tracks>;
+    constexpr std::size_t off = std::string_view::npos;
+    std::size_t found = 0;
+    for (auto const& symbol : scope.symbols) {
+        if (symbol->kind != Kind::Function || prefix == off || symbol->name.size() + prefix != wanted.size())
+            continue;
+        auto const& function = static_cast<typename Types::Function const&>(*symbol);
+        found += wanted.ends_with(function.name) && function.templateArgs.empty();
+    }
+    for (auto const& inner : scope.namespaces) {
+        std::string const& name = static_cast<typename Types::Namespace const&>(*inner).name;
+        bool const fits = prefix != off && wanted.substr(prefix).starts_with(name) &&
+                          wanted.substr(prefix + name.size()).starts_with("::");
+        found += countNamed<tracks>(*inner, wanted, fits ? prefix + name.size() + 2 : off);
+    }
+    return found;
+}
+
+template <bool tracks>
+void find(Stage& stage) {
+    auto const model = build<tracks>(stage);
+    measureSearch(stage, [&](std::string_view name) {
+        std::size_t found = 0;
+        for (auto const& unit : model->project->compilations)
+            found += countNamed<tracks>(*unit, name, 0);
+        return found;
+    });
 }
 
 template <bool tracks>
@@ -203,6 +238,7 @@ std::vector<Workload> workloads() {
     return {{"create", create<tracks>},
             {"walk", walk<tracks>},
             {"walk.reflective", walkReflective<tracks>},
+            {"find", find<tracks>},
             {"json.save", saveJson<tracks>},
             {"xml.save", saveXml<tracks>},
             {"destroy", destroy<tracks>},

@@ -3,6 +3,7 @@
 #include "OursBuilder.hpp"
 #include "OursNames.hpp"
 #include "OursQueries.hpp"
+#include "OursSearch.hpp"
 #include "OursVisitors.hpp"
 
 #include <brant/zero/Slab.hpp>
@@ -218,6 +219,10 @@ Contender oursContender() {
                                        {"query", onModel<query>},
                                        {"query.handles", onModel<queryByHandles>},
                                        {"query.bodies", onModel<queryByBodies>},
+                                       {"find", onModel<find>},
+                                       {"find.default", onModel<findByDefault>},
+                                       {"find.signature", onModel<findBySignature>},
+                                       {"find.nothing", onModel<findNothing>},
                                        {"json.save", save<IoFormat::json>},
                                        {"json.load", load<IoFormat::json>},
                                        {"xml.save", save<IoFormat::xml>},

@@ -1,5 +1,6 @@
 #include "Contenders.hpp"
 #include "ProtobufBuilder.hpp"
+#include "Search.hpp"
 
 #include <memory>
 
@@ -172,6 +173,27 @@ void memory(Stage& stage) {
     stage.measureMemory([&] { build(stage, project); });
 }
 
+/// Counts functions of a name below a scope, whose own name with `::` is `outer`.
+std::size_t countNamed(proto::Scope const& scope, std::string const& outer, std::string const& wanted) {
+    std::size_t found = 0;
+    for (auto const& function : scope.functions())
+        found += outer + function.name() == wanted && function.template_args().empty();
+    for (auto const& space : scope.namespaces())
+        found += countNamed(space, outer + space.name() + "::", wanted);
+    return found;
+}
+
+void find(Stage& stage) {
+    proto::Project project;
+    build(stage, project);
+    measureSearch(stage, [&](std::string const& name) {
+        std::size_t found = 0;
+        for (auto const& unit : project.compilations())
+            found += countNamed(unit, {}, name);
+        return found;
+    });
+}
+
 } // namespace
 
 Contender protobufContender() {
@@ -179,6 +201,7 @@ Contender protobufContender() {
             {{"create", create},
              {"walk", walk},
              {"walk.reflective", walkReflective},
+             {"find", find},
              {"destroy", destroy},
              {"memory", memory}}};
 }

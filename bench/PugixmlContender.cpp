@@ -1,5 +1,6 @@
 #include "Contenders.hpp"
 #include "LeanXml.hpp"
+#include "Search.hpp"
 
 #include <pugixml.hpp>
 
@@ -75,10 +76,34 @@ void destroy(Stage& stage) {
     stage.measure([&] { document.reset(); });
 }
 
+/// Counts functions of a name below a scope, whose own name with `::` is `outer`.
+std::size_t countNamed(pugi::xml_node scope, std::string const& outer, std::string const& wanted) {
+    std::size_t found = 0;
+    for (pugi::xml_node const child : scope.children()) {
+        std::string_view const feature = child.name();
+        if (feature == "Namespaces")
+            found += countNamed(child, outer + child.attribute("Name").value() + "::", wanted);
+        else if (feature == "Symbols" && std::string_view(child.attribute("class").value()) == "Function")
+            found += outer + child.attribute("Name").value() == wanted && !child.child("TemplateArgs");
+    }
+    return found;
+}
+
+void find(Stage& stage) {
+    pugi::xml_document document;
+    build(stage, document);
+    measureSearch(stage, [&](std::string const& name) {
+        std::size_t found = 0;
+        for (pugi::xml_node const unit : document.first_child().first_child().children("Compilations"))
+            found += countNamed(unit, {}, name);
+        return found;
+    });
+}
+
 } // namespace
 
 Contender pugixmlContender() {
-    return {"pugixml", {{"create", create}, {"memory", memory}, {"destroy", destroy}}};
+    return {"pugixml", {{"create", create}, {"memory", memory}, {"destroy", destroy}, {"find", find}}};
 }
 
 } // namespace zelkor::bench

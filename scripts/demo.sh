@@ -25,3 +25,16 @@ echo "the same model: $(stat -c %s "$out/model.json") bytes of JSON, $(stat -c %
 
 echo "== what is in it"
 "$zelkor" stats "$out/model.json"
+
+echo "== asking it"
+# Shows a command and the first lines of what it prints.
+ask() {
+  local lines=$1
+  shift
+  echo "\$ zelkor $*"
+  "$zelkor" "$@" | awk -v most="$lines" 'NR <= most'
+}
+ask 4 find "$out/model.json" --name beginTransaction
+ask 4 find "$out/model.json" --class EnumType --regex 'zelkor::.*Kind'
+ask 2 signature "$out/model.json" brant::zero::Core::contain
+ask 8 show "$out/model.json" brant::zero::UndoLog
