@@ -150,16 +150,26 @@ std::vector<std::pair<std::string, std::size_t>> contents(ModelElement const& el
     return counts;
 }
 
+/// A text of several lines stays under the line that it begins on.
+std::string indented(std::string const& text, std::size_t columns) {
+    std::string out;
+    for (char const c : text) {
+        out += c;
+        if (c == '\n') out.append(columns, ' ');
+    }
+    return out;
+}
+
 void appendProperty(std::string& out, Shown const& property, bool all) {
     out += "  " + property.name;
     if (!property.many) {
-        out += ": " + (property.items.empty() ? "none" : property.items.front().text) + '\n';
+        out += ": " + (property.items.empty() ? "none" : indented(property.items.front().text, 4)) + '\n';
         return;
     }
     out += " (" + std::to_string(property.items.size()) + ")\n";
     std::size_t const shown = all ? property.items.size() : std::min(shownItems, property.items.size());
     for (std::size_t i = 0; i < shown; ++i)
-        out += "    " + property.items[i].text + '\n';
+        out += "    " + indented(property.items[i].text, 4) + '\n';
     if (shown < property.items.size())
         out += "    and " + std::to_string(property.items.size() - shown) + " more; --all lists them\n";
 }
