@@ -10,6 +10,8 @@
 #include "brant/zero/ModelElement.hpp"
 #include "brant/zero/Uuid.hpp"
 
+#include <cstring>
+
 namespace brant::zero::io {
 
 class JsonForm final : public PlanSpelling {

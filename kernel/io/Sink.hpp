@@ -1,9 +1,9 @@
 // Where bytes of a text go, and the buffer in front of it.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -47,9 +47,7 @@ class TextBuffer {
     void put(std::string_view text) {
         if (text.size() > capacity / 2) [[unlikely]]
             return putLong(text);
-        char* const to = room(text.size());
-        std::memcpy(to, text.data(), text.size());
-        at_ = to + text.size();
+        at_ = std::copy(text.begin(), text.end(), room(text.size())); // an empty one may have no data to copy
     }
     void flush() {
         sink_.write(buffer_.get(), static_cast<std::size_t>(at_ - buffer_.get()));

@@ -9,6 +9,8 @@
 #include "brant/zero/ModelElement.hpp"
 #include "brant/zero/Uuid.hpp"
 
+#include <cstring>
+
 namespace brant::zero::io {
 
 class XmlForm final : public PlanSpelling {

@@ -247,8 +247,10 @@ TEST_F(SequenceTest, TypedRangesWorkWithTheLibrary) {
     EXPECT_EQ(items.begin()[3].getName(), u"a");
     EXPECT_EQ(items.at(1).getName(), u"c");
     EXPECT_THROW((void)items.at(4), std::out_of_range);
-    std::vector<Item> const copy(items.begin(), items.end());
-    EXPECT_EQ(namesOf(copy | std::views::reverse), Names({u"a", u"b", u"c", u"d"}));
+    // Backwards through the iterators; clang 14 cannot compile the views of libstdc++ 12.
+    std::vector<Item> const copy(std::make_reverse_iterator(items.end()),
+                                 std::make_reverse_iterator(items.begin()));
+    EXPECT_EQ(namesOf(copy), Names({u"a", u"b", u"c", u"d"}));
 }
 
 TEST_F(SequenceTest, DestroyingAMemberTakesItOut) {

@@ -24,10 +24,13 @@ namespace {
 std::atomic<std::size_t> allocatedBytes{0};
 std::atomic<std::size_t> allocations{0};
 
-void* counted(std::size_t size) {
+void* counted(std::size_t size, std::nothrow_t const&) noexcept {
     allocatedBytes.fetch_add(size, std::memory_order_relaxed);
     allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* const memory = std::malloc(size == 0 ? 1 : size)) return memory;
+    return std::malloc(size == 0 ? 1 : size);
+}
+void* counted(std::size_t size) {
+    if (void* const memory = counted(size, std::nothrow)) return memory;
     throw std::bad_alloc();
 }
 } // namespace
@@ -38,6 +41,13 @@ void* operator new(std::size_t size) {
 }
 void* operator new[](std::size_t size) {
     return counted(size);
+}
+// Standard algorithms take their buffers without throwing and give them back as any other.
+void* operator new(std::size_t size, std::nothrow_t const& tag) noexcept {
+    return counted(size, tag);
+}
+void* operator new[](std::size_t size, std::nothrow_t const& tag) noexcept {
+    return counted(size, tag);
 }
 void operator delete(void* memory) noexcept {
     std::free(memory);
