@@ -38,6 +38,16 @@ class ClassTest {
     std::string name_;
 };
 
+/// How many symbols ahead memory is asked for: the walk waits for it most of its time.
+constexpr std::size_t lookahead = 4;
+
+/// Asks for the header of a body and the name behind it.
+inline void prefetch(ModelElementImpl const* body) {
+    auto const* const bytes = reinterpret_cast<char const*>(body);
+    __builtin_prefetch(bytes);
+    __builtin_prefetch(bytes + 64);
+}
+
 class Walk {
   public:
     Walk(ClassTest classTest, names::NameTest nameTest, FinderOptions const& options)
@@ -65,32 +75,42 @@ class Walk {
         if (!isStd || options_.getIncludeStdNs()) open_.push_back({scope});
     }
 
-    /// Looks at the next member of the innermost scope.
+    /// Goes on in the innermost scope, up to the next one below it or to its end.
     void step() {
         Frame& frame = open_.back();
-        if (frame.amongNamespaces) {
-            auto const& namespaces = frame.scope->getNamespaces();
-            if (frame.next == namespaces.size()) return open_.pop_back();
-            return enter(aliveAs<Scope>(namespaces.resolved(frame.next++)));
-        }
-        auto const& symbols = frame.scope->getSymbols();
-        if (frame.next < symbols.size()) {
-            if (auto const* symbol = aliveAs<Symbol>(symbols.resolved(frame.next++))) visit(*symbol);
-        } else if (options_.getIncludeSubScopes()) {
+        if (!frame.amongNamespaces) {
+            if (!visitSymbols(frame)) return;
             frame.amongNamespaces = true;
             frame.next = 0;
-        } else {
-            open_.pop_back();
         }
+        if (!options_.getIncludeSubScopes()) return open_.pop_back();
+        auto const& namespaces = frame.scope->getNamespaces();
+        if (frame.next == namespaces.size()) return open_.pop_back();
+        enter(aliveAs<Scope>(namespaces.resolved(frame.next++)));
+    }
+
+    /// \returns false when the scope of a symbol was opened first; `frame` has moved then.
+    bool visitSymbols(Frame& frame) {
+        auto const& symbols = frame.scope->getSymbols();
+        std::size_t const open = open_.size();
+        for (std::size_t const count = symbols.size(); frame.next < count;) {
+            std::size_t const at = frame.next++;
+            if (at + lookahead < count) prefetch(symbols.slot(at + lookahead));
+            ModelElementImpl const* body = symbols.slot(at);
+            if (body->isProxy()) body = symbols.resolved(at);
+            if (body->valid()) visit(static_cast<Symbol::Impl const&>(*body));
+            if (open_.size() != open) return false;
+        }
+        return true;
     }
 
     void visit(Symbol::Impl const& symbol) {
         if (!options_.getIncludeSystemHeaders() && !isOfTheProject(symbol)) return;
-        if (fitsClass_(symbol.classTable()) && fitsName_(symbol))
-            found_.emplace_back(const_cast<Symbol::Impl*>(&symbol));
-        if (isA<Template>(symbol) && options_.getIncludeTemplateScope())
+        ClassTable const& table = symbol.classTable();
+        if (fitsClass_(table) && fitsName_(symbol)) found_.emplace_back(const_cast<Symbol::Impl*>(&symbol));
+        if (options_.getIncludeTemplateScope() && table.conformsTo(Template::Impl::table))
             enter(aliveAs<Scope>(static_cast<Template::Impl const&>(symbol).getScopeBody()));
-        else if (isA<types::AggregateType>(symbol) && options_.getIncludeAggregateScope())
+        else if (options_.getIncludeAggregateScope() && table.conformsTo(types::AggregateType::Impl::table))
             enter(aliveAs<Scope>(static_cast<types::AggregateType::Impl const&>(symbol).getScopeBody()));
     }
 
