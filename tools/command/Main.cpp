@@ -163,6 +163,8 @@ int main(int argc, char** argv) {
         std::cerr << "zelkor: error: " << error.what() << '\n';
     } catch (brant::zero::io::ParseError const& error) {
         std::cerr << error.what() << '\n';
+    } catch (brant::zero::io::FileError const& error) {
+        std::cerr << error.what() << '\n'; // begins with the file, as those above do
     } catch (std::exception const& error) {
         std::cerr << "zelkor: error: " << error.what() << '\n';
     }
