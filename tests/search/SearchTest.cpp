@@ -305,7 +305,8 @@ TEST_F(SearchByReflection, ChecksItsArguments) {
              {{text("f"), text("f"), options}, "CannotCastIncompatibleTypes"},
              {{wanted, wanted, options}, "CannotCastIncompatibleTypes"},
              {{wanted, text("f"), text("f")}, "CannotCastIncompatibleTypes"}})
-        EXPECT_EQ(testmodel::failureOf([&] { (void)s.unit.invoke(byName, arguments); }), failure);
+        EXPECT_EQ(testmodel::failureOf([&, &given = arguments] { (void)s.unit.invoke(byName, given); }),
+                  failure);
 }
 
 } // namespace
