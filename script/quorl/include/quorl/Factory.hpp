@@ -74,12 +74,14 @@ struct Marshaler<DataTypePolicy> {
 /// Classes whose objects are values `X`. Between allocation and construction the body is memory without an X.
 template <class X>
 class CopyableDataTypeClassInfo : public QuorlFactoryClassInfo {
+    static_assert(alignof(X) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__);
+
   public:
     using QuorlFactoryClassInfo::QuorlFactoryClassInfo;
 
     bool isSealed() const override { return true; }
     void allocateInstance(void** slot) const override {
-        std::unique_ptr<void, RawDelete> raw(::operator new(sizeof(X), std::align_val_t(alignof(X))));
+        std::unique_ptr<void, RawDelete> raw(::operator new(sizeof(X)));
         CopyableSupport::addToUnconstructedSet(raw.get());
         *slot = raw.release();
     }
@@ -106,7 +108,7 @@ class CopyableDataTypeClassInfo : public QuorlFactoryClassInfo {
 
   private:
     struct RawDelete {
-        void operator()(void* raw) const noexcept { ::operator delete(raw, std::align_val_t(alignof(X))); }
+        void operator()(void* raw) const noexcept { ::operator delete(raw, sizeof(X)); }
     };
 };
 
