@@ -108,7 +108,7 @@ class CopyableDataTypeClassInfo : public QuorlFactoryClassInfo {
 
   private:
     struct RawDelete {
-        void operator()(void* raw) const noexcept { ::operator delete(raw, sizeof(X)); }
+        void operator()(void* raw) const noexcept { ::operator delete(raw); }
     };
 };
 
