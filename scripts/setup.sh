@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Installs what the project needs on Debian 12, by name. Does nothing when everything is there.
-#   scripts/setup.sh [--bench] [--corpus] [--coverage] [--fuzz]
-# --bench adds the peers that the benchmarks compare with, --corpus what scripts/corpus.sh needs, --coverage what
-# scripts/coverage.sh needs, --fuzz the compiler and the run-time libraries of the fuzz targets.
+#   scripts/setup.sh [--bench] [--corpus] [--fuzz]
+# --bench adds the peers that the benchmarks compare with, --corpus what scripts/corpus.sh needs,
+# --fuzz the compiler and the run-time libraries of the fuzz targets.
 set -euo pipefail
 
 packages=(
@@ -18,10 +18,9 @@ for option in "$@"; do
     packages+=(libbenchmark-dev libpugixml-dev nlohmann-json3-dev protobuf-compiler libprotobuf-dev libxml2-dev libsqlite3-dev)
     ;;
   --corpus) packages+=(bear dpkg-dev make unicode-data) ;;
-  --coverage) packages+=(gcovr) ;;
   --fuzz) packages+=(clang libclang-rt-14-dev) ;;
   *)
-    echo "error: no option called $option; there are --bench, --corpus, --coverage and --fuzz" >&2
+    echo "error: no option called $option; there are --bench, --corpus and --fuzz" >&2
     exit 2
     ;;
   esac
