@@ -153,11 +153,4 @@ template <class T>
     return static_cast<typename T::Impl const&>(body);
 }
 
-/// \returns the member, a placeholder replaced by its target when that is there.
-template <class T>
-[[nodiscard]] Body const* memberAt(brant::zero::ElementSequence<T> const& members, std::size_t index) {
-    Body const* stored = members.slot(index);
-    return stored->isProxy() ? members.resolved(index) : stored;
-}
-
 } // namespace zelkor::ast::names

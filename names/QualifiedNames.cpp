@@ -109,7 +109,7 @@ void NameWriter::writeArguments(Body const& owner, Arguments const& arguments) {
         std::string_view separator;
         bool afterPackMark = false;
         for (std::size_t i = 0; i < arguments.size(); ++i) {
-            Body const* argument = alive(memberAt(arguments, i));
+            Body const* argument = alive(arguments.resolved(i));
             if (argument == nullptr) continue;
             auto const& body = as<TemplateArg>(*argument);
             if (body.getKind() == TemplateArgKind::StartOfPackExpansion) {
@@ -136,7 +136,7 @@ void NameWriter::writePlainArguments(Body const& owner, Arguments const& argumen
     } else {
         std::string_view separator;
         for (std::size_t i = 0; i < arguments.size(); ++i) {
-            Body const* argument = alive(memberAt(arguments, i));
+            Body const* argument = alive(arguments.resolved(i));
             if (argument == nullptr) continue;
             out_ += separator;
             separator = ", ";

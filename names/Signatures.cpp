@@ -53,7 +53,7 @@ void NameWriter::writeParameters(Function::Impl const& function) {
     std::string_view separator;
     bool sawPack = false;
     for (std::size_t i = 0; i < parameters.size(); ++i) {
-        Body const* parameter = alive(memberAt(parameters, i));
+        Body const* parameter = alive(parameters.resolved(i));
         if (parameter == nullptr) continue;
         auto const& variable = as<Variable>(*parameter);
         sawPack = sawPack || variable.getIsParameterPack();

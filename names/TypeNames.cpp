@@ -230,7 +230,7 @@ void NameWriter::writeFunctionType(types::FunctionType::Impl const& function, bo
                 out_ += unknown;
                 break;
             }
-            writeType(memberAt(parameters, i), {}, skipTypedefs);
+            writeType(parameters.resolved(i), {}, skipTypedefs);
         }
         if (function.getIsVariadic()) out_ += ", ...";
     }
