@@ -252,6 +252,8 @@ TEST(ScriptFinder, findsByClassNameAndOptions) {
     set(options, "IncludeSystemHeaders", host::number(true));
     EXPECT_EQ(show(call("findSymbolByMetaClass", scope, functions, options)), show(f));
     EXPECT_EQ(show(call("findSymbolByMetaClassAndName", scope, functions, text("n::f"), options)), show(f));
+    ArrayPtr const stray = make("brant.zero.meta.Class", model);
+    EXPECT_EQ(omGetNumberOfElements(*call("findSymbolByMetaClass", scope, stray, options)), 0u);
     ArrayPtr const narrow = copyOf(options);
     set(narrow, "IncludeSubScopes", host::number(false));
     set(narrow, "NameResolutionStrategy", text("Name"));
