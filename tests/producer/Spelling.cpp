@@ -108,9 +108,17 @@ void moveVectors(Tokens& tokens) {
     }
 }
 
-// Function types of the model do not tell this: "f(void (*)() noexcept)" and "f(void (*)())".
-void dropNoexcept(Tokens& tokens) {
+// Function types of the model have no qualifiers: "f(void (C::*)() const noexcept)" and "f(void (*)())".
+// Outside all brackets `const` belongs to a method, unless the text is a type.
+void dropFunctionQualifiers(Tokens& tokens, bool isType) {
     std::erase(tokens, "noexcept");
+    int depth = isType ? 1 : 0;
+    for (std::size_t i = 0; i < tokens.size(); ++i) {
+        if (tokens[i] == "(" || tokens[i] == "<") ++depth;
+        if (tokens[i] == ")" || tokens[i] == ">") --depth;
+        while (depth > 0 && tokens[i] == ")" && i + 1 < tokens.size() && isOneOf(tokens[i + 1], qualifiers))
+            tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+    }
 }
 
 // No parameters: "(void)" and "()".
@@ -271,7 +279,7 @@ Tokens commonForm(std::string text, bool expanded) {
     Tokens tokens = tokensOf(text);
     unifyWords(tokens);
     moveVectors(tokens);
-    dropNoexcept(tokens);
+    dropFunctionQualifiers(tokens, !expanded);
     dropVoidLists(tokens);
     dropDeclarators(tokens);
     moveQualifiers(tokens);

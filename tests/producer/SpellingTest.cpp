@@ -35,7 +35,7 @@ TEST(Spelling, FullNamesAreEqualUpToTheRules) {
              Row{"f::Local::m(void)", "f(int) const::Local::m()"},
              Row{"A::operator const B &(void) const", "A::operator B const&() const"},
              Row{"f(int &[2], int *[2])", "f(int __vector(2)&, int __vector(2)*)"},
-             Row{"f(int /* FunctionType */ (char))", "f(int (*)(char) noexcept)"},
+             Row{"f(int /* FunctionType */ (char)) const", "f(int (C::*)(char) const noexcept) const"},
              Row{"f(int[3], char const *[])", "f(int*, const char**)"},
              Row{"f(int[2][3], float[4])", "f(int (*) [3], float __vector(4))"},
              Row{"A::operator string const &(void) const", "A::operator ns::string const&() const"},
@@ -71,6 +71,7 @@ TEST(Spelling, WrittenTypesLeaveOutScopesAndArguments) {
              Row{"A &&", "::A &&"},
              Row{"A ... &&", "A &&..."},
              Row{"int[3]", "int[3]"},
+             Row{"A const & /* FunctionType */ (void)", "const A &(C::*)() const"},
          })
         EXPECT_EQ(writtenSpelling(row.ours), writtenSpelling(row.theirs)) << row.theirs;
     for (Row const& row : {
