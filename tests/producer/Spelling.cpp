@@ -114,9 +114,10 @@ void dropFunctionQualifiers(Tokens& tokens, bool isType) {
     std::erase(tokens, "noexcept");
     int depth = isType ? 1 : 0;
     for (std::size_t i = 0; i < tokens.size(); ++i) {
-        if (tokens[i] == "(" || tokens[i] == "<") ++depth;
-        if (tokens[i] == ")" || tokens[i] == ">") --depth;
-        while (depth > 0 && tokens[i] == ")" && i + 1 < tokens.size() && isOneOf(tokens[i + 1], qualifiers))
+        if (tokens[i] == "(") ++depth;
+        if (tokens[i] != ")") continue;
+        --depth;
+        while (depth > 0 && i + 1 < tokens.size() && isOneOf(tokens[i + 1], qualifiers))
             tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(i) + 1);
     }
 }

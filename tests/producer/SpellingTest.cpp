@@ -54,6 +54,7 @@ TEST(Spelling, FullNamesAreEqualUpToTheRules) {
              Row{"A<3>::f()", "A<4>::f()"},
              Row{"f(int (*)(char))", "f(int (*)(int))"},
              Row{"f() const", "f()"},
+             Row{"A::operator<(int) const", "A::operator<(int)"},
              Row{"A::operator int()", "A::operator char()"},
              Row{"operator new(int)", "operator delete(int)"},
              Row{"f(int[3][4])", "f(int**)"},
