@@ -6,16 +6,19 @@
         void go(int) override;                       void helper(int) { printf("hi"); }
         int size;                                    void helper(char const *) { counter++; }
     };                                               void lonely() {}
-    template <class T> void apply() { work(); }      // src/b.cpp (includes box.hpp, and box.hpp includes inner.hpp)
-                                                     void Derived::go(int) { size = 1; helper("x"); }
-                                                     void work() { asm(""); }    // its address is taken
+    template <class T> void apply() { work(); }      int limit = start();   // of stdio.h
+                                                     void (*hook)() = work;
+    // src/b.cpp (includes box.hpp, and              void late() { hook(); scan(&limit); }
+    // box.hpp includes inner.hpp)
+    void Derived::go(int) { size = 1; helper("x"); }
+    void work() { asm(""); }
 """
 
 from support import uuid
 
 NAMES = (
     "project a b box inner stdio unit_a unit_b int char pointer base derived base_go derived_go size main run helper "
-    "helper_text printf lonely work apply apply_int apply_template counter limit insight unused const_char"
+    "helper_text printf lonely work apply apply_int apply_template counter limit insight unused const_char start hook hook_type hook_pointer late"
 ).split()
 ID = {name: uuid(number) for number, name in enumerate(NAMES, 1)}
 _next = iter(range(1000, 100000))
@@ -45,10 +48,19 @@ def function(name, spelling, line, params=(), where="a", cls="Function", **more)
     return element(cls, ID[name], Name=spelling, Params=parameters, DefPos=position(where, line, 6), **more)
 
 
-def record(name, calls=(), reads=(), writes=(), **flags):
+def pointing(*names):
+    return element("codeinsight.PtrInfo", PointsTo=[ID[name] for name in names])
+
+
+def calling(*names):
+    return element("codeinsight.FunInfo", CalledFuns=[ID[name] for name in names])
+
+
+def record(name, calls=(), reads=(), writes=(), annotations=(), **flags):
     return element(
         "codeinsight.FunctionInfo",
         Function=ID[name],
+        Annotations=list(annotations),
         CalledFuns=[ID[other] for other in calls],
         ReadVars=[ID[other] for other in reads],
         WrittenVars=[ID[other] for other in writes],
@@ -65,14 +77,17 @@ RECORDS = [
     record("work", IsDefined=True, IsCalled=True, IsAddressTaken=True, HasASMBlock=True),
     record("apply", ["work"], IsDefined=True),
     record("lonely", IsDefined=True),
-    record("base_go", IsCalled=True),
+    record("base_go", annotations=[calling("derived_go")], IsCalled=True),
+    record("late", [], ["hook"], annotations=[pointing("limit")], IsDefined=True),
+    record("start", IsCalled=True),
     record("apply_int", IsCalled=True),
     record("printf", IsCalled=True),
 ]
 VARIABLES = [
     element("codeinsight.VariableInfo", Variable=ID["counter"], IsRead=True, IsWritten=True),
     element("codeinsight.VariableInfo", Variable=ID["size"], IsWritten=True),
-    element("codeinsight.VariableInfo", Variable=ID["limit"], IsRead=True),
+    element("codeinsight.VariableInfo", Variable=ID["limit"], Annotations=[calling("start")], IsRead=True),
+    element("codeinsight.VariableInfo", Variable=ID["hook"], Annotations=[pointing("work")], IsRead=True),
 ]
 MACROS = [element("codeinsight.MacroInfo", Macro=ID["unused"], InvocationPositions=[position("a", 30), position("b", 2)])]
 
@@ -116,6 +131,11 @@ SYMBOLS = [
     element("Function", ID["printf"], Name="printf", IsVariadic=True, DeclPos=[position("stdio", 9, 5)]),
     element("Variable", ID["counter"], Name="counter", Type=ID["int"], DefPos=position("a", 1, 5)),
     element("Variable", ID["limit"], Name="limit", Type=ID["int"], DefPos=position("a", 1, 9)),
+    element("types.FunctionType", ID["hook_type"]),
+    element("types.PointerType", ID["hook_pointer"], Type=ID["hook_type"]),
+    element("Variable", ID["hook"], Name="hook", Type=ID["hook_pointer"], DefPos=position("a", 8, 8)),
+    element("Function", ID["start"], Name="start", DeclPos=[position("stdio", 12)]),
+    function("late", "late", 9),
     element("Template", ID["apply_template"], Name="apply", ProtoTypeInstantiation=ID["apply"]),
     function("apply", "apply", 6, (), "box", AssocTemplate=ID["apply_template"], IsTemplatePrototype=True),
     element(

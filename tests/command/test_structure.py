@@ -33,7 +33,8 @@ class StructureTest(CommandTest):
         for words, lines in (
             (
                 ["list", "--file", "src/a.cpp", "-k", "Function"],
-                [f"src/a.cpp:{line}:6 Function {text}" for line, text in enumerate(own_functions, 2)],
+                [f"src/a.cpp:{line}:6 Function {text}" for line, text in enumerate(own_functions, 2)]
+                + ["src/a.cpp:9:6 Function late(void)"],
             ),
             (
                 ["list", "--in", "ns"],
@@ -45,14 +46,14 @@ class StructureTest(CommandTest):
             (["list", "-k", "Macro"], ["inc/inner.hpp:1:1 Macro UNUSED"]),
             (["list", "--file", "/usr/include", "--no-system-headers"], None),
             (["list", "--file", "include"], None),
-            (["list", "--file", "stdio.h"], ["/usr/include/stdio.h:9:5 Function printf(void)"]),
+            (["list", "--file", "stdio.h"], ["/usr/include/stdio.h:9:5 Function printf(void)", "/usr/include/stdio.h:12:1 Function start(void)"]),
             (
                 ["tree", "ns"],
                 ["Namespace ns", f"  {BASE} inc/box.hpp:1:8", f"    {BASE_GO} inc/box.hpp:1:28"]
                 + [f"  {DERIVED} inc/box.hpp:2:8", "    types.Member ns::Derived::size inc/box.hpp:4:9"]
                 + [f"    {GO} src/b.cpp:2:6 [1 inside]"],
             ),
-            (["tree", "--depth", "1"], ["Project", "  source.CompilationUnit src/a.cpp [24 inside]"]
+            (["tree", "--depth", "1"], ["Project", "  source.CompilationUnit src/a.cpp [27 inside]"]
                 + ["  source.CompilationUnit src/b.cpp [1 inside]"]),
             (["tree", "UNUSED", "--all"], ["Macro UNUSED inc/inner.hpp:1:1", "  source.SourcePosition inc/inner.hpp:1:1"]),
             (

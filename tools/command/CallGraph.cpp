@@ -1,7 +1,5 @@
 #include "CallGraph.hpp"
 
-#include "Overrides.hpp"
-
 #include <algorithm>
 
 namespace zelkor::command {
@@ -14,15 +12,16 @@ char const* relationName(CallGraph::Why why) {
         return "overrides";
     case CallGraph::Why::Template:
         return "template";
+    case CallGraph::Why::Pointer:
+        return "pointer";
     default:
         return "calls";
     }
 }
 
-CallGraph::CallGraph(za::Ast const& ast, Insight const& insight) {
-    for (FunctionUse const& use : insight.functions())
-        uses_[node(use.function)] = use;
-    Overrides const overrides(ast);
+CallGraph::CallGraph(Insight const& insight, bool exact) {
+    for (Use const& use : insight.uses())
+        uses_[node(use.user)] = use;
     std::size_t const recorded = uses_.size();
     // What is named comes before what may run in its place, which a call may name as well.
     for (std::size_t caller = 0; caller < recorded; ++caller)
@@ -30,21 +29,28 @@ CallGraph::CallGraph(za::Ast const& ast, Insight const& insight) {
             std::size_t const called = node(za::Function(uses_[caller].calls[i]));
             connect(caller, {called, called, Why::Call});
         }
-    for (std::size_t caller = 0; caller < recorded; ++caller)
-        for (std::size_t i = 0; i < uses_[caller].calls.size(); ++i) {
-            za::Function const named = uses_[caller].calls[i];
-            std::size_t const at = node(named);
-            if (za::Function const pattern = uses_[at].isBodyKnown ? za::Function() : patternOf(named))
-                connect(caller, {node(pattern), at, Why::Template});
-            for (za::Function const& method : overrides.of(named))
-                connect(caller, {node(method), at, Why::Override});
-        }
+    for (std::size_t caller = 0; caller < recorded && !exact; ++caller)
+        connectByOtherNames(caller, insight);
 }
 
-std::size_t CallGraph::node(za::Function const& function) {
-    auto const [place, isNew] = nodes_.emplace(function.get(), uses_.size());
+void CallGraph::connectByOtherNames(std::size_t caller, Insight const& insight) {
+    Use const use = uses_[caller]; // a copy: nodes are added below
+    for (za::Function const& named : use.calls) {
+        std::size_t const at = node(named);
+        if (za::Function const pattern = patternOf(named))
+            connect(caller, {node(pattern), at, Why::Template});
+        for (za::Function const& method : insight.overridersOf(named))
+            connect(caller, {node(method), at, Why::Override});
+    }
+    for (za::Variable const& pointer : use.reads)
+        for (za::Function const& target : insight.functionsBehind(pointer))
+            connect(caller, {node(target), node(pointer), Why::Pointer});
+}
+
+std::size_t CallGraph::node(brant::zero::ModelElement const& user) {
+    auto const [place, isNew] = nodes_.emplace(user.get(), uses_.size());
     if (isNew) {
-        uses_.push_back({function});
+        uses_.push_back({user});
         callees_.emplace_back();
         callers_.emplace_back();
     }
@@ -53,26 +59,32 @@ std::size_t CallGraph::node(za::Function const& function) {
 
 void CallGraph::connect(std::size_t caller, Edge const& edge) {
     std::vector<Edge>& edges = callees_[caller];
-    bool const known = std::any_of(edges.begin(), edges.end(),
-                                   [&](Edge const& other) { return other.function == edge.function; });
+    bool const known =
+        std::any_of(edges.begin(), edges.end(), [&](Edge const& other) { return other.node == edge.node; });
     if (known) return;
     edges.push_back(edge);
-    callers_[edge.function].push_back({caller, edge.named, edge.why});
+    callers_[edge.node].push_back({caller, edge.named, edge.why});
 }
 
-std::vector<CallGraph::Step> CallGraph::reach(std::size_t start, bool forward, unsigned depth) const {
+std::vector<CallGraph::Step> CallGraph::reach(std::vector<std::size_t> const& starts, bool forward,
+                                              unsigned depth) const {
     std::vector<Step> steps;
     std::vector<bool> seen(size());
+    std::vector<bool> expanded(size());
     auto const expand = [&](std::size_t from, unsigned level) {
+        if (expanded[from]) return;
+        expanded[from] = true;
         for (Edge const& edge : (forward ? callees_ : callers_)[from]) {
-            if (seen[edge.function]) continue;
-            seen[edge.function] = true;
+            if (seen[edge.node]) continue;
+            seen[edge.node] = true;
             steps.push_back({edge, from, level});
         }
     };
-    if (depth > 0) expand(start, 1);
+    if (depth == 0) return steps;
+    for (std::size_t const start : starts)
+        expand(start, 1);
     for (std::size_t i = 0; i < steps.size() && steps[i].depth < depth; ++i)
-        if (steps[i].edge.function != start) expand(steps[i].edge.function, steps[i].depth + 1);
+        expand(steps[i].edge.node, steps[i].depth + 1);
     return steps;
 }
 

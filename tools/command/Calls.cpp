@@ -14,32 +14,35 @@ namespace {
 
 std::string depthNote(CallGraph const& graph, CallGraph::Step const& step) {
     if (step.depth < 2) return {};
-    return counted(step.depth, "call") + " away, through " + qualifiedName(graph.use(step.from).function);
+    return counted(step.depth, "call") + " away, through " + qualifiedName(graph.use(step.from).user);
 }
 
 std::string relationNote(CallGraph const& graph, CallGraph::Edge const& edge, bool forward) {
-    std::string const named = qualifiedName(graph.use(edge.named).function);
+    std::string const named = qualifiedName(graph.use(edge.named).user);
     switch (edge.why) {
     case CallGraph::Why::Override:
         return forward ? "may be called: overrides " + named : "may call it: calls " + named;
     case CallGraph::Why::Template:
         return forward ? "pattern of the template behind " + named : "calls an instantiation, " + named;
+    case CallGraph::Why::Pointer:
+        return (forward ? "may be called: " : "may call it: ") + named + " may point at it";
     default:
         return {};
     }
 }
 
 Row rowOf(CallGraph const& graph, CallGraph::Step const& step, bool forward) {
-    FunctionUse const& use = graph.use(step.edge.function);
-    Row row{use.function, {}, relationNote(graph, step.edge, forward)};
-    for (std::string const& more :
-         {depthNote(graph, step),
-          std::string(forward && !use.isBodyKnown ? "its body is not in the model" : "")})
-        if (!more.empty()) row.note += (row.note.empty() ? "" : "; ") + more;
+    Use const& use = graph.use(step.edge.node);
+    Row row{use.user};
+    bool const isUnknown = forward && !use.isBodyKnown;
+    for (std::string const& note : {std::string(za::Variable::cast(use.user) ? "in its initializer" : ""),
+                                    relationNote(graph, step.edge, forward), depthNote(graph, step),
+                                    std::string(isUnknown ? "its body is not in the model" : "")})
+        if (!note.empty()) row.note += (row.note.empty() ? "" : "; ") + note;
     row.members.text("relation", relationName(step.edge.why)).number("depth", step.depth);
-    if (step.depth > 1) row.members.text("via", graph.use(step.from).function->identifier());
+    if (step.depth > 1) row.members.text("via", graph.use(step.from).user->identifier());
     if (step.edge.why != CallGraph::Why::Call)
-        row.members.text("named", graph.use(step.edge.named).function->identifier());
+        row.members.text("named", graph.use(step.edge.named).user->identifier());
     row.members.flag("bodyKnown", use.isBodyKnown).flag("addressTaken", use.isAddressTaken);
     return row;
 }
@@ -57,32 +60,34 @@ std::vector<Row> rowsOf(CallGraph const& graph, std::vector<CallGraph::Step> con
     return rows;
 }
 
-Section callersOf(CallGraph& graph, za::Function const& function, unsigned depth) {
+std::vector<Section> callersOf(CallGraph& graph, za::Function const& function, unsigned depth) {
     std::size_t const node = graph.node(function);
-    Section section{function, title(function) + " is called by",
-                    rowsOf(graph, graph.reach(node, false, depth), false)};
-    section.nothing = "no function in the model calls " + title(function);
+    std::string const name = title(function);
+    Section calls{function, name + " is called by", rowsOf(graph, graph.reach({node}, false, depth), false)};
+    calls.nothing = "nothing in the model calls " + name;
     if (graph.use(node).isAddressTaken)
-        section.notes.push_back("the address of " + title(function) +
-                                " is taken; who calls it through a pointer is not recorded");
-    return section;
+        calls.notes.push_back(
+            "the address of " + name +
+            " is taken; calls through pointers that the model cannot follow are not listed");
+    return {calls, addressTakers(graph, function, "the address of " + name + " is taken by")};
 }
 
-Section calleesOf(CallGraph& graph, za::Function const& function, unsigned depth) {
+std::vector<Section> calleesOf(CallGraph& graph, za::Function const& function, unsigned depth) {
     std::size_t const node = graph.node(function);
-    std::vector<CallGraph::Step> const steps = graph.reach(node, true, depth);
-    Section section{function, title(function) + " calls", rowsOf(graph, steps, true)};
-    section.nothing = graph.use(node).isBodyKnown ? title(function) + " calls no function"
-                                                  : "the body of " + title(function) +
-                                                        " is not in the model; what it calls is unknown";
+    std::string const name = title(function);
+    std::vector<CallGraph::Step> const steps = graph.reach({node}, true, depth);
+    Section section{function, name + " calls", rowsOf(graph, steps, true)};
+    section.nothing = graph.use(node).isBodyKnown
+                          ? name + " calls no function"
+                          : "the body of " + name + " is not in the model; what it calls is unknown";
     auto const unknown = std::count_if(steps.begin(), steps.end(), [&](CallGraph::Step const& step) {
-        return step.depth < depth && !graph.use(step.edge.function).isBodyKnown;
+        return step.depth < depth && !graph.use(step.edge.node).isBodyKnown;
     });
     if (unknown > 0)
         section.notes.push_back("of these without a body in the model: " +
                                 counted(static_cast<std::size_t>(unknown), "function") +
                                 "; the calls inside are unknown");
-    return section;
+    return {section};
 }
 
 bool isFunction(ModelElement const& element) {
@@ -90,16 +95,17 @@ bool isFunction(ModelElement const& element) {
 }
 
 int answerCalls(Arguments const& arguments, std::string const& verb,
-                Section (*sectionOf)(CallGraph&, za::Function const&, unsigned)) {
-    arguments.requireOperands({"FILE", "NAME"});
+                std::vector<Section> (*sectionsOf)(CallGraph&, za::Function const&, unsigned)) {
+    arguments.requireOperands({"FILE", "NAME|UUID"});
     unsigned const depth = depthOf(arguments, 1);
     za::Ast const ast = readModel(arguments.operands()[0]);
     std::vector<Section> sections;
     std::vector<ModelElement> const found = subjects(ast, arguments.operands()[1], isFunction, verb.c_str());
     if (!found.empty()) {
-        CallGraph graph(ast, Insight(ast));
+        CallGraph graph(Insight(ast), arguments.has("--exact"));
         for (ModelElement const& element : found)
-            sections.push_back(sectionOf(graph, za::Function::cast(element), depth));
+            for (Section& section : sectionsOf(graph, za::Function::cast(element), depth))
+                sections.push_back(std::move(section));
     }
     return printAnswer(arguments, verb, sections);
 }
@@ -108,7 +114,7 @@ int answerCalls(Arguments const& arguments, std::string const& verb,
 std::vector<CallGraph::Step> wayTo(std::vector<CallGraph::Step> const& steps, std::size_t target) {
     std::vector<CallGraph::Step> way;
     for (auto step = steps.rbegin(); step != steps.rend(); ++step)
-        if (step->edge.function == (way.empty() ? target : way.back().from) &&
+        if (step->edge.node == (way.empty() ? target : way.back().from) &&
             (way.empty() || step->depth + 1 == way.back().depth))
             way.push_back(*step);
     std::reverse(way.begin(), way.end());
@@ -121,8 +127,8 @@ std::string howFar(CallGraph const& graph, std::vector<CallGraph::Step> const& s
                        counted(steps.back().depth, "call") + " away";
     std::vector<std::string> unknown;
     for (CallGraph::Step const& step : steps)
-        if (!graph.use(step.edge.function).isBodyKnown)
-            unknown.push_back(qualifiedName(graph.use(step.edge.function).function));
+        if (!graph.use(step.edge.node).isBodyKnown)
+            unknown.push_back(qualifiedName(graph.use(step.edge.node).user));
     if (!unknown.empty())
         text += "; of these without a body in the model: " + counted(unknown.size(), "function") +
                 ", such as " + unknown.front();
@@ -132,7 +138,7 @@ std::string howFar(CallGraph const& graph, std::vector<CallGraph::Step> const& s
 Section pathBetween(CallGraph& graph, za::Function const& from, za::Function const& to) {
     std::size_t const start = graph.node(from);
     std::size_t const target = graph.node(to);
-    std::vector<CallGraph::Step> const steps = graph.reach(start, true, unlimitedDepth);
+    std::vector<CallGraph::Step> const steps = graph.reach({start}, true, unlimitedDepth);
     std::vector<CallGraph::Step> const way = wayTo(steps, target);
     Section section{from, title(from) + " reaches " + title(to) + " in " + counted(way.size(), "call")};
     section.nothing = "no calls lead from " + title(from) + " to " + title(to) + "; " + howFar(graph, steps);
@@ -150,6 +156,19 @@ Section pathBetween(CallGraph& graph, za::Function const& from, za::Function con
 
 } // namespace
 
+Section addressTakers(CallGraph const& graph, za::Symbol const& symbol, std::string const& heading) {
+    Section section{symbol, heading};
+    for (std::size_t i = 0; i < graph.size(); ++i) {
+        Use const& use = graph.use(i);
+        if (std::find(use.points.begin(), use.points.end(), symbol) == use.points.end()) continue;
+        Row row{use.user, {}, za::Variable::cast(use.user) ? "points at it" : ""};
+        row.members.text("relation", "address").number("depth", 1);
+        section.rows.push_back(row);
+    }
+    sortByPlace(section.rows);
+    return section;
+}
+
 int runCallers(Arguments const& arguments) {
     return answerCalls(arguments, "callers", callersOf);
 }
@@ -165,7 +184,7 @@ int runPath(Arguments const& arguments) {
     auto const ends = subjects(ast, arguments.operands()[2], isFunction, "callers");
     std::vector<Section> sections;
     if (!starts.empty() && !ends.empty()) {
-        CallGraph graph(ast, Insight(ast));
+        CallGraph graph(Insight(ast), arguments.has("--exact"));
         for (ModelElement const& from : starts)
             for (ModelElement const& to : ends)
                 sections.push_back(pathBetween(graph, za::Function::cast(from), za::Function::cast(to)));

@@ -3,7 +3,6 @@
 #include "CallGraph.hpp"
 #include "FileGraph.hpp"
 #include "Graph.hpp"
-#include "Overrides.hpp"
 
 namespace zelkor::command {
 
@@ -14,12 +13,12 @@ namespace {
 
 Graph callsOf(za::Ast const& ast) {
     Insight const insight(ast);
-    CallGraph const calls(ast, insight);
+    CallGraph const calls(insight, false);
     Graph graph{"calls", {}, {}};
     for (std::size_t i = 0; i < calls.size(); ++i) {
-        graph.nodes.push_back(calls.use(i).function);
+        graph.nodes.push_back(calls.use(i).user);
         for (CallGraph::Edge const& edge : calls.callees(i))
-            graph.edges.push_back({i, edge.function, relationName(edge.why)});
+            graph.edges.push_back({i, edge.node, relationName(edge.why)});
     }
     return graph;
 }
@@ -33,6 +32,16 @@ Graph includesOf(za::Ast const& ast) {
             graph.edges.push_back({i, edge.file, "includes"});
     }
     return graph;
+}
+
+/// The direct bases that are known as classes, typedefs resolved.
+std::vector<za::types::StructType> directBases(za::types::StructType const& type) {
+    std::vector<za::types::StructType> bases;
+    for (za::types::BaseClass const& base : type.getBaseClasses())
+        if (auto const known = za::types::StructType::cast(za::types::Type::skipTyperefs(base.getType()));
+            known && !known.isProxy())
+            bases.push_back(known);
+    return bases;
 }
 
 /// Classes that have a base or are one.

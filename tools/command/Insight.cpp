@@ -7,6 +7,7 @@
 namespace zelkor::command {
 
 namespace za = zelkor::ast;
+namespace insight = zelkor::ast::codeinsight;
 using brant::zero::ModelElement;
 
 namespace {
@@ -24,62 +25,92 @@ void unite(std::vector<T>& all, Collection const& more) {
 Insight::Insight(za::Ast const& ast) {
     bool found = false;
     forEachElement(ast, [&](ModelElement const& element) {
-        if (auto const record = za::codeinsight::FunctionInfo::cast(element)) {
+        if (auto const record = insight::FunctionInfo::cast(element)) {
             found = true;
-            addRecord(record);
-        } else if (auto const annotation = za::codeinsight::FunInfo::cast(element)) {
-            found = true;
-            addAnnotation(annotation);
-        } else if (auto const variable = za::codeinsight::VariableInfo::cast(element)) {
-            if (za::Variable const subject = variable.getVariable())
-                variables_.emplace(subject.get(), variable);
+            add(record);
+        } else if (auto const variable = insight::VariableInfo::cast(element)) {
+            add(variable);
+        } else if (auto const annotation = insight::FunInfo::cast(element)) {
+            if (auto const function = za::Function::cast(annotation.container())) {
+                found = true;
+                add(annotation, function);
+            }
         }
     });
     if (!found)
         throw UsageError(
             "the model has no code insight, so nobody knows what its functions call, read and write; import "
             "it anew with its function bodies: zelkor import -p BUILD_DIR -o FILE");
-    for (std::size_t i = 0; i < functions_.size(); ++i)
-        for (std::size_t j = 0; j < functions_[i].calls.size(); ++j)
-            use(za::Function(functions_[i].calls[j]));
 }
 
-std::size_t Insight::use(za::Function const& function) {
-    auto const [place, isNew] = indices_.emplace(function.get(), functions_.size());
-    if (isNew) functions_.push_back({function});
-    return place->second;
+Use& Insight::use(ModelElement const& user) {
+    auto const [place, isNew] = indices_.emplace(user.get(), uses_.size());
+    if (isNew) uses_.push_back({user});
+    return uses_[place->second];
 }
 
-void Insight::addRecord(za::codeinsight::FunctionInfo const& record) {
+void Insight::add(insight::FunctionInfo const& record) {
     za::Function const function = record.getFunction();
     if (!function || function.isProxy()) return;
-    FunctionUse& use = functions_[this->use(function)];
+    Use& use = this->use(function);
     unite(use.calls, record.getCalledFuns());
     unite(use.reads, record.getReadVars());
     unite(use.writes, record.getWrittenVars());
     use.isBodyKnown |= record.getIsDefined() || function.hasBodyPosition() || record.hasCalledFuns() ||
                        record.hasReadVars() || record.hasWrittenVars();
     use.isAddressTaken |= record.getIsAddressTaken();
+    for (za::Annotation const& annotation : record.getAnnotations())
+        if (auto const pointers = insight::PtrInfo::cast(annotation))
+            unite(use.points, pointers.getPointsTo());
+        else if (auto const overriding = insight::FunInfo::cast(annotation))
+            unite(overriders_[function.get()], overriding.getCalledFuns());
 }
 
-void Insight::addAnnotation(za::codeinsight::FunInfo const& annotation) {
-    za::Function const function = za::Function::cast(annotation.container());
-    if (!function) return;
-    FunctionUse& use = functions_[this->use(function)];
+void Insight::add(insight::VariableInfo const& record) {
+    za::Variable const variable = record.getVariable();
+    if (!variable || variable.isProxy()) return;
+    variables_.emplace(variable.get(), record);
+    for (za::Annotation const& annotation : record.getAnnotations())
+        if (auto const pointers = insight::PtrInfo::cast(annotation))
+            unite(use(variable).points, pointers.getPointsTo());
+        else if (auto const initializer = insight::FunInfo::cast(annotation))
+            add(initializer, variable);
+}
+
+void Insight::add(insight::FunInfo const& annotation, ModelElement const& user) {
+    Use& use = this->use(user);
     unite(use.calls, annotation.getCalledFuns());
     unite(use.reads, annotation.getReadVars());
     unite(use.writes, annotation.getWrittenVars());
     use.isBodyKnown = true;
 }
 
-std::optional<std::size_t> Insight::indexOf(za::Function const& function) const {
-    auto const found = indices_.find(function.get());
-    return found == indices_.end() ? std::nullopt : std::optional(found->second);
+std::vector<za::Function> Insight::overridersOf(za::Function const& method) const {
+    std::vector<za::Function> all;
+    auto const addNext = [&](za::Function const& from) {
+        if (auto const found = overriders_.find(from.get()); found != overriders_.end())
+            unite(all, found->second);
+    };
+    addNext(method);
+    for (std::size_t i = 0; i < all.size(); ++i)
+        addNext(za::Function(all[i]));
+    return all;
 }
 
-za::codeinsight::VariableInfo Insight::recordOf(za::Variable const& variable) const {
+std::vector<za::Function> Insight::functionsBehind(za::Variable const& pointer) const {
+    std::vector<za::Function> functions;
+    auto const found = indices_.find(pointer.get());
+    if (found == indices_.end() || uses_[found->second].points.empty()) return functions;
+    za::types::Type const type = pointer.getType();
+    if (!type || !za::types::FunctionType::cast(za::types::Type::getUnderlyingType(type))) return functions;
+    for (za::Symbol const& target : uses_[found->second].points)
+        if (auto const function = za::Function::cast(target)) functions.push_back(function);
+    return functions;
+}
+
+insight::VariableInfo Insight::recordOf(za::Variable const& variable) const {
     auto const found = variables_.find(variable.get());
-    return found == variables_.end() ? za::codeinsight::VariableInfo() : found->second;
+    return found == variables_.end() ? insight::VariableInfo() : found->second;
 }
 
 za::Function patternOf(za::Function const& function) {

@@ -3,19 +3,21 @@
 
 #include <zelkor/ast.hpp>
 
-#include <optional>
 #include <unordered_map>
 #include <vector>
 
 namespace zelkor::command {
 
-/// All that is recorded about one function, however many records it has.
-struct FunctionUse {
-    zelkor::ast::Function function;
+/// All that is recorded about a function, or about the initializer of a variable, however many records there
+/// are.
+struct Use {
+    brant::zero::ModelElement user;                ///< a function or a variable
     std::vector<zelkor::ast::Function> calls = {}; ///< each once, in the order of the records
     std::vector<zelkor::ast::Variable> reads = {};
     std::vector<zelkor::ast::Variable> writes = {};
-    bool isBodyKnown = false; ///< a record describes its body
+    std::vector<zelkor::ast::Symbol> points =
+        {};                   ///< whose address it takes; of a variable, what it was made to point at
+    bool isBodyKnown = false; ///< a record describes the body
     bool isAddressTaken = false;
 };
 
@@ -25,22 +27,30 @@ class Insight {
     /// get them.
     explicit Insight(zelkor::ast::Ast const& ast);
 
-    /// Functions with records in the order of the model, then those that are only called.
-    [[nodiscard]] std::vector<FunctionUse> const& functions() const noexcept { return functions_; }
-    [[nodiscard]] std::optional<std::size_t> indexOf(zelkor::ast::Function const& function) const;
+    /// In the order of the model.
+    [[nodiscard]] std::vector<Use> const& uses() const noexcept { return uses_; }
+    /// \returns the methods that a virtual call of `method` may run in its place, at any depth of derivation.
+    [[nodiscard]] std::vector<zelkor::ast::Function> overridersOf(zelkor::ast::Function const& method) const;
+    /// \returns the functions that a pointer may hold, as far as the model tells; none for what is no
+    /// function pointer.
+    [[nodiscard]] std::vector<zelkor::ast::Function>
+    functionsBehind(zelkor::ast::Variable const& pointer) const;
     /// \returns the record of a variable, or a null handle.
     [[nodiscard]] zelkor::ast::codeinsight::VariableInfo
     recordOf(zelkor::ast::Variable const& variable) const;
 
   private:
-    std::size_t use(zelkor::ast::Function const& function);
-    void addRecord(zelkor::ast::codeinsight::FunctionInfo const& record);
-    void addAnnotation(zelkor::ast::codeinsight::FunInfo const& annotation);
+    using Body = brant::zero::ModelElementImpl const*;
 
-    std::vector<FunctionUse> functions_;
-    std::unordered_map<brant::zero::ModelElementImpl const*, std::size_t> indices_;
-    std::unordered_map<brant::zero::ModelElementImpl const*, zelkor::ast::codeinsight::VariableInfo>
-        variables_;
+    Use& use(brant::zero::ModelElement const& user);
+    void add(zelkor::ast::codeinsight::FunctionInfo const& record);
+    void add(zelkor::ast::codeinsight::VariableInfo const& record);
+    void add(zelkor::ast::codeinsight::FunInfo const& annotation, brant::zero::ModelElement const& user);
+
+    std::vector<Use> uses_;
+    std::unordered_map<Body, std::size_t> indices_;
+    std::unordered_map<Body, std::vector<zelkor::ast::Function>> overriders_; ///< at one step
+    std::unordered_map<Body, zelkor::ast::codeinsight::VariableInfo> variables_;
 };
 
 /// \returns the function that `function` was made from when a template made it, or a null handle: by its

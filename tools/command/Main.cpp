@@ -19,6 +19,15 @@ std::vector<Option> withReply(std::vector<Option> options) {
     return options;
 }
 
+Option const exact{"--exact", nullptr, nullptr,
+                   "only calls that name the function: no overrides, templates and pointers"};
+
+/// The options of verbs that follow calls.
+std::vector<Option> withCalls(char const* depth) {
+    return withReply(
+        {{"--depth", nullptr, "N", depth}, {"--transitive", nullptr, nullptr, "all the way"}, exact});
+}
+
 int run(std::vector<std::string> words) {
     if (words.empty()) {
         std::cerr << usageText();
@@ -153,36 +162,34 @@ std::vector<Verb> const& verbs() {
          &runSignature},
         {"callers",
          "FILE NAME|UUID",
-         "List the functions that call one, and those that may through a method which it overrides.",
-         withReply({{"--depth", nullptr, "N", "calls away (default 1)"},
-                    {"--transitive", nullptr, nullptr, "all the way"}}),
+         "List the functions that call one, and those that may: through a base's method, a template, a "
+         "pointer.",
+         withCalls("calls away (default 1)"),
          {"zelkor callers model.json ns::Foo::bar", "zelkor callers model.json 'f(int)' --transitive --json"},
          &runCallers},
         {"callees",
          "FILE NAME|UUID",
-         "List the functions that one calls, and the overrides that may run in their place.",
-         withReply({{"--depth", nullptr, "N", "calls away (default 1)"},
-                    {"--transitive", nullptr, nullptr, "all the way"}}),
+         "List the functions that one calls, and those that may run: overrides, patterns of templates, "
+         "behind pointers.",
+         withCalls("calls away (default 1)"),
          {"zelkor callees model.json main", "zelkor callees model.json main --depth 3"},
          &runCallees},
         {"path",
          "FILE FROM TO",
          "Show a shortest way of calls from one function to another, or how far the calls lead.",
-         withReply({}),
+         withReply({exact}),
          {"zelkor path model.json main ns::Foo::bar", "zelkor path model.json main abort --json"},
          &runPath},
         {"reads",
          "FILE NAME|UUID",
          "List the functions that read a variable or field; of a function the variables that it reads.",
-         withReply({{"--depth", nullptr, "N", "calls between the function and the access (default 1)"},
-                    {"--transitive", nullptr, nullptr, "all the way"}}),
+         withCalls("calls between the function and the access (default 1)"),
          {"zelkor reads model.json ns::Foo::size_", "zelkor reads model.json main --transitive"},
          &runReads},
         {"writes",
          "FILE NAME|UUID",
          "List the functions that write a variable or field; of a function the variables that it writes.",
-         withReply({{"--depth", nullptr, "N", "calls between the function and the access (default 1)"},
-                    {"--transitive", nullptr, nullptr, "all the way"}}),
+         withCalls("calls between the function and the access (default 1)"),
          {"zelkor writes model.json counter", "zelkor writes model.json ns::Foo::clear --json"},
          &runWrites},
         {"refs",
