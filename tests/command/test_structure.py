@@ -9,7 +9,7 @@ import re
 import subprocess
 import unittest
 
-from insight_model import ID, elements
+from insight_model import ID, element, elements
 from support import CommandTest
 
 BASE, DERIVED = "types.StructType ns::Base", "types.StructType ns::Derived"
@@ -81,6 +81,9 @@ class StructureTest(CommandTest):
                 + [f"src/{place}: source.SourcePosition [InvocationPositions]" for place in ("a.cpp:30:1", "b.cpp:2:1")],
             ),
             (["refs", "printf"], ["printf(void) is referred to by", "src/a.cpp:4:6: Function helper(int p0) [CalledFuns]"]),
+            (["refs", "run"], ["run(int p0) is referred to by"]
+                + [f"src/a.cpp:{line}:6: Function {text} [CalledFuns]" for line, text in ((2, "main(void)"), (3, "run(int p0)"))]),
+            (["refs", "limit"], ["int limit is referred to by", "src/a.cpp:9:6: Function late(void) [Annotations.PointsTo]"]),
             (["refs", "lonely"], None),
         ):
             with self.subTest(words=words):
@@ -107,6 +110,22 @@ class StructureTest(CommandTest):
                 self.assertEqual([row["uuid"] for row in json.loads(out)["results"]], [ID[name] for name in found])
                 self.assertEqual(code, 0 if found else 1)
                 self.assertEqual("nearest names are" in err, not found)
+        method = [element("types.Method", ID[key], Name=name) for key, name in (("a", "get"), ("b", "operator<"), ("box", "operator->"))]
+        arguments = [element("TemplateArg", Kind="Type", Type=ID["int"])]
+        box = element("types.ClassType", Name="Box", TemplateArgs=arguments, Methods=method)
+        integer = element("types.IntegerType", ID["int"], Name="int")
+        model = self.write_model("box.json", [element("source.CompilationUnit", Symbols=[box, integer])])
+        for word, found in (
+            ("Box<int>::get", "a"),
+            ("Box::get", "a"),
+            ("Box::get()", "a"),
+            ("Box::operator<", "b"),
+            ("Box::operator<()", "b"),
+            ("Box::operator->", "box"),
+        ):
+            with self.subTest(word):
+                _, out, _ = self.run_command("show", "--json", model, word)
+                self.assertEqual([row["uuid"] for row in json.loads(out)["results"]], [ID[found]])
         code, _, err = self.ask("includes", "src/box.hpp")
         self.assertEqual((code, err.splitlines()[1]), (1, "  inc/box.hpp"))
 

@@ -88,4 +88,17 @@ std::vector<CallGraph::Step> CallGraph::reach(std::vector<std::size_t> const& st
     return steps;
 }
 
+Section addressTakers(CallGraph const& graph, za::Symbol const& symbol, std::string const& heading) {
+    Section section{symbol, heading};
+    for (std::size_t i = 0; i < graph.size(); ++i) {
+        Use const& use = graph.use(i);
+        if (std::find(use.points.begin(), use.points.end(), symbol) == use.points.end()) continue;
+        Row row{use.user, {}, za::Variable::cast(use.user) ? "points at it" : ""};
+        row.members.text("relation", "address").number("depth", 1);
+        section.rows.push_back(row);
+    }
+    sortByPlace(section.rows);
+    return section;
+}
+
 } // namespace zelkor::command

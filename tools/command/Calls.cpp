@@ -156,19 +156,6 @@ Section pathBetween(CallGraph& graph, za::Function const& from, za::Function con
 
 } // namespace
 
-Section addressTakers(CallGraph const& graph, za::Symbol const& symbol, std::string const& heading) {
-    Section section{symbol, heading};
-    for (std::size_t i = 0; i < graph.size(); ++i) {
-        Use const& use = graph.use(i);
-        if (std::find(use.points.begin(), use.points.end(), symbol) == use.points.end()) continue;
-        Row row{use.user, {}, za::Variable::cast(use.user) ? "points at it" : ""};
-        row.members.text("relation", "address").number("depth", 1);
-        section.rows.push_back(row);
-    }
-    sortByPlace(section.rows);
-    return section;
-}
-
 int runCallers(Arguments const& arguments) {
     return answerCalls(arguments, "callers", callersOf);
 }

@@ -150,8 +150,10 @@ Lookup lookUp(za::Ast const& ast, std::string const& word) {
         return result;
     bool const qualified = word.find("::") != std::string::npos;
     if (!take([&](ModelElement const& element) {
-            return simpleName(element) == word || (qualified && mayBeQualifiedBy(element, word) &&
-                                                   isEndOfName(word, qualifiedName(element)));
+            if (simpleName(element) == word) return true;
+            if (!qualified || !mayBeQualifiedBy(element, word)) return false;
+            std::string const name = qualifiedName(element);
+            return isEndOfName(word, name) || isEndOfName(word, withoutArguments(name));
         }))
         result.nearest = nearestNames(named, signature ? signature->name() : word);
     return result;

@@ -60,8 +60,14 @@ ModelElement subjectOfRecord(ModelElement const& element) {
     return {};
 }
 
-/// The element that a person knows, from an element that refers: a record stands for its subject, a base or
-/// an argument for what has it. The properties on the way are told as "BaseClasses.Type".
+/// Whether the property is the one that tells what an insight record is about.
+bool isSubject(ModelElement const& from, std::string const& property) {
+    return subjectOfRecord(from) &&
+           (property == "Function" || property == "Variable" || property == "Type" || property == "Macro");
+}
+
+/// The element that a person knows, from an element that refers: a record stands for its subject, a base,
+/// an argument or a parameter for what has it. The properties on the way are told as "BaseClasses.Type".
 ModelElement known(ModelElement element, std::string& relation) {
     for (;;) {
         if (ModelElement const subject = subjectOfRecord(element)) return subject;
@@ -70,8 +76,7 @@ ModelElement known(ModelElement element, std::string& relation) {
         if ((hasName(element) && !isParameter) || za::source::SourceFile::cast(element)) return element;
         ModelElement const container = element.container();
         if (!container || za::source::CompilationUnit::cast(element)) return element;
-        if (!za::codeinsight::FunInfo::cast(element))
-            relation = brant::zero::toUtf8(element.containmentFeature().getName()) + '.' + relation;
+        relation = brant::zero::toUtf8(element.containmentFeature().getName()) + '.' + relation;
         element = container;
     }
 }
@@ -103,13 +108,13 @@ class Finder {
 
   private:
     void add(Section& section, ModelElement const& from, std::string relation, std::string const& layer) {
-        if (auto const macro = za::codeinsight::MacroInfo::cast(from)) {
+        if (isSubject(from, relation)) {
+            auto const macro = za::codeinsight::MacroInfo::cast(from);
+            if (!macro) return; // that it has a record is no use of it
             for (za::source::SourcePosition const& position : macro.getInvocationPositions())
                 section.rows.push_back(rowOf(position, "InvocationPositions", {}));
             return;
         }
-        if (subjectOfRecord(from) == section.subject && layer.empty())
-            return; // the record of the subject itself
         ModelElement const element = known(from, relation);
         if (seen_.insert({element.get(), relation + ' ' + layer}).second)
             section.rows.push_back(rowOf(element, relation, layer));

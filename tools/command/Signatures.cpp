@@ -123,6 +123,28 @@ bool isEndOfName(std::string const& end, std::string const& name) {
     return outer == 0 || (outer >= 2 && name.compare(outer - 2, 2, "::") == 0);
 }
 
+std::string withoutArguments(std::string const& name) {
+    static constexpr std::string_view word = "operator";
+    std::string out;
+    int depth = 0;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        bool const isOperator =
+            depth == 0 && out.ends_with(word) && (name[i] == '<' || name[i] == '-' || name[i] == '>');
+        if (isOperator) { // the name of the operator itself, as in operator<< or operator->
+            std::size_t const end = std::min(name.find_first_not_of("<>=-*", i), name.size());
+            out.append(name, i, end - i);
+            i = end - 1;
+        } else if (name[i] == '<') {
+            ++depth;
+        } else if (name[i] == '>' && depth > 0) {
+            --depth;
+        } else if (depth == 0) {
+            out += name[i];
+        }
+    }
+    return out;
+}
+
 std::optional<SignaturePattern> SignaturePattern::of(std::string const& word) {
     Tokens tokens = tokensOf(word);
     SignaturePattern pattern;
@@ -141,7 +163,9 @@ std::optional<SignaturePattern> SignaturePattern::of(std::string const& word) {
 bool SignaturePattern::fits(za::Function const& function) const {
     if (whole_.find(joined(tokensOf(function.getName()))) == std::string::npos) return false;
     auto const method = za::types::Method::cast(function);
-    if (isEndOfName(name_, joined(tokensOf(function.getFullyQualifiedName()))) &&
+    std::string const qualified = function.getFullyQualifiedName();
+    if ((isEndOfName(name_, joined(tokensOf(qualified))) ||
+         isEndOfName(name_, joined(tokensOf(withoutArguments(qualified))))) &&
         (!isConst_ || (method && method.getIsThisConst())) &&
         (types_ == parameterTypes(function, false) || types_ == parameterTypes(function, true)))
         return true;

@@ -11,6 +11,9 @@ namespace zelkor::command {
 /// \returns whether `end` is the name or what stands behind a `::` in it.
 [[nodiscard]] bool isEndOfName(std::string const& end, std::string const& name);
 
+/// \returns a qualified name without the template arguments in it: `A::f` for `A<int>::f<B<C>>`.
+[[nodiscard]] std::string withoutArguments(std::string const& name);
+
 /// A function name with a parameter list, or a whole signature as `zelkor signature` prints it.
 ///
 /// Blanks do not count, `const int *` and `int const *` are the same, `()` and `(void)` too; types are taken
