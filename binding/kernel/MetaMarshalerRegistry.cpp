@@ -7,6 +7,8 @@
 #include "brant/zero/meta/StandardTypes.hpp"
 #include "brant/zero/mi/ElementMarshaler.hpp"
 
+#include <utility>
+
 namespace brant::zero::mi {
 
 quorl::ArrayPtr TextPolicy::toArray(std::vector<std::u16string> const& values) {
@@ -63,18 +65,24 @@ MetaMarshalerRegistry::MetaMarshalerRegistry() {
 }
 
 ValueMarshaler const& MetaMarshalerRegistry::getPropertyMarshaler(meta::Type const& type) {
-    auto const found = marshalers_.find(type.get());
-    if (found != marshalers_.end()) return *found->second;
-    schema::ClassTable const* const table = meta::tableOf(meta::Class::cast(type));
-    if (table == nullptr)
-        reportException(brant0::messages::NoSuchType(type ? meta::qualifiedName(type) : std::u16string()));
-    registerTypeMarshaler(type, std::make_unique<ElementMarshaler>(type, *table));
-    return *marshalers_.find(type.get())->second;
+    auto found = marshalers_.find(type.get());
+    if (found == marshalers_.end()) {
+        schema::ClassTable const* const table = meta::tableOf(meta::Class::cast(type));
+        if (table == nullptr)
+            reportException(
+                brant0::messages::NoSuchType(type ? meta::qualifiedName(type) : std::u16string()));
+        registerTypeMarshaler(type, std::make_unique<ElementMarshaler>(type, *table));
+        found = marshalers_.find(type.get());
+    }
+    Entry& entry = found->second;
+    // Loading a class may lead back here.
+    if (!std::exchange(entry.isReady, true)) entry.marshaler->initializeDependencies();
+    return *entry.marshaler;
 }
 
 void MetaMarshalerRegistry::registerTypeMarshaler(meta::Type const& type,
                                                   std::unique_ptr<ValueMarshaler> marshaler) {
-    marshalers_[type.get()] = std::move(marshaler);
+    marshalers_[type.get()] = {std::move(marshaler), false};
 }
 
 void MetaMarshalerRegistry::unregisterTypeMarshaler(meta::Type const& type) {

@@ -2,8 +2,6 @@
 
 #include "Merge.hpp"
 
-#include <boost/uuid/uuid_io.hpp>
-
 #include <algorithm>
 
 namespace zelkor::producer {
@@ -67,6 +65,7 @@ bool isFunctionCursor(CXCursorKind kind) {
 }
 
 CXCursorKind patternKind(CXCursor templateCursor) {
+    if (isDeductionGuide(templateCursor)) return CXCursor_FunctionDecl;
     CXCursorKind const kind = clang_getCursorKind(templateCursor);
     return kind == CXCursor_TypeAliasTemplateDecl ? CXCursor_TypeAliasDecl
                                                   : clang_getTemplateCursorKind(templateCursor);
@@ -134,41 +133,9 @@ EntityKind kindIn(EntityKind kind, CXCursor cursor) {
 
 } // namespace
 
-DeclarationReader::DeclarationReader(SourceIndex& sources, UnitFacts& facts)
+DeclarationReader::DeclarationReader(SourceIndex& sources, UnitFacts& facts, bool wantsUses)
     : sources_(sources), facts_(facts), isCxx_(facts.language >= Language::Cxx), types_(*this, facts),
-      constants_(*this, types_) {}
-
-std::string DeclarationReader::keyOf(CXCursor cursor) {
-    CXCursor const canonical = clang_getCanonicalCursor(cursor);
-    CXSourceLocation const location = clang_getCursorLocation(canonical);
-    auto const place = [&] {
-        FileInfo const* const file = sources_.fileOf(location);
-        return file ? file->path : std::string();
-    };
-    std::string usr = toText(clang_getCursorUSR(canonical));
-    CXCursor const scope = clang_getCursorSemanticParent(canonical);
-    // The front end gives equal ids to all nameless things of a scope, and to equal names inside them.
-    std::string const outer =
-        isNameless(scope) || isNameless(canonical) ? boost::uuids::to_string(ownerKeyOf(scope)) + '|' : "";
-    if (isNameless(canonical) || usr.empty() || usr == "c:") {
-        // Where it begins; for what has no name the location itself is not the same in C and in C++.
-        auto const position = sources_.position(clang_getRangeStart(clang_getCursorExtent(canonical)));
-        return outer + place() + ':' +
-               (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
-               '|' + toText(clang_getCursorKindSpelling(clang_getCursorKind(canonical)));
-    }
-    if (!outer.empty()) return outer + usr;
-    bool const isLocalToFile = !usr.starts_with("c:@") || clang_Cursor_isAnonymous(canonical) ||
-                               clang_getCursorLinkage(canonical) == CXLinkage_Internal;
-    if (usr.find("@SP>") != std::string::npos) {
-        // Partial specialisations that differ in constraints only have one id.
-        auto const position = sources_.position(location);
-        return place() + ':' +
-               (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
-               '|' + usr;
-    }
-    return isLocalToFile ? place() + '|' + usr : usr;
-}
+      constants_(*this, types_), uses_(wantsUses), bodies_(*this, uses_) {}
 
 Id DeclarationReader::ownerKeyOf(CXCursor scope) {
     CXCursorKind const kind = clang_getCursorKind(scope);
@@ -274,15 +241,16 @@ void DeclarationReader::declare(CXCursor cursor) {
     case CXCursor_UnionDecl:
         declareRecord(cursor, meet(cursor).id);
         break;
-    case CXCursor_FunctionDecl:
     case CXCursor_CXXMethod:
-    case CXCursor_Constructor:
     case CXCursor_Destructor:
     case CXCursor_ConversionFunction:
+        readOverrides(cursor, meet(cursor).id);
+        [[fallthrough]];
+    case CXCursor_FunctionDecl:
+    case CXCursor_Constructor:
     case CXCursor_VarDecl:
     case CXCursor_FieldDecl:
-        meet(cursor);
-        readBody(cursor);
+        bodies_.read(cursor, meet(cursor).id);
         break;
     case CXCursor_FunctionTemplate:
     case CXCursor_ClassTemplate:
@@ -360,7 +328,7 @@ void DeclarationReader::declareTemplate(CXCursor cursor) {
     meet(prototype);
     switch (clang_getCursorKind(cursor)) {
     case CXCursor_FunctionTemplate:
-        readBody(cursor);
+        bodies_.read(cursor, prototype);
         break;
     case CXCursor_TypeAliasTemplateDecl:
         break;
@@ -369,8 +337,8 @@ void DeclarationReader::declareTemplate(CXCursor cursor) {
     }
 }
 
-// Variable templates have no cursor kind of their own, and neither have empty declarations and the like. Nor have
-// their instantiations, which stand where the template does and differ from it only in the unified id.
+// Variable templates have no cursor kind of their own, and neither have empty declarations and the like. Nor
+// have their instantiations, which stand where the template does and differ from it only in the unified id.
 void DeclarationReader::declareUnexposed(CXCursor cursor) {
     std::string const name = nameOf(cursor);
     if (name.empty() || !sources_.text(clang_getCursorExtent(cursor)).starts_with("template")) return;
@@ -383,50 +351,41 @@ void DeclarationReader::declareLambda(CXCursor cursor) {
     declareRecord(closure, meet(closure).id);
 }
 
-// Expressions are visited without recursion of our own, since they may be nested without bound.
-void DeclarationReader::readBody(CXCursor cursor) {
-    visitChildren(cursor, [this](CXCursor child) {
-        CXCursorKind const kind = clang_getCursorKind(child);
-        switch (kind) {
-        case CXCursor_LambdaExpr:
-            declareLambda(child);
-            return CXChildVisit_Continue;
-        case CXCursor_VarDecl:
-            if (sources_.inProject(child)) meet(child);
-            return CXChildVisit_Recurse;
-        case CXCursor_DeclRefExpr:
-        case CXCursor_MemberRefExpr:
-        case CXCursor_CallExpr:
-        case CXCursor_TypeRef:
-        case CXCursor_TemplateRef:
-            readReference(child);
-            return CXChildVisit_Recurse;
-        case CXCursor_ParmDecl:
-        case CXCursor_TemplateTypeParameter:
-        case CXCursor_NonTypeTemplateParameter:
-        case CXCursor_TemplateTemplateParameter:
-            return CXChildVisit_Recurse;
-        default:
-            if (!clang_isDeclaration(kind)) return CXChildVisit_Recurse;
-            declare(child);
-            return CXChildVisit_Continue;
-        }
-    });
+Id DeclarationReader::declareLocal(CXCursor cursor) {
+    return sources_.inProject(cursor) ? meet(cursor).id : Id{};
 }
 
-void DeclarationReader::readReference(CXCursor cursor) {
-    CXCursor referenced = clang_getCursorReferenced(cursor);
-    CXCursorKind const kind = clang_getCursorKind(referenced);
-    if (clang_isInvalid(kind)) return;
-    if (kind == CXCursor_EnumConstantDecl) referenced = clang_getCursorSemanticParent(referenced);
-    // Locals and parameters are read where they stand.
-    if (kind == CXCursor_VarDecl && clang_getCursorLinkage(referenced) == CXLinkage_NoLinkage) return;
-    if (rowOf(clang_getCursorKind(referenced)) && clang_getCursorKind(referenced) != CXCursor_UnexposedDecl) {
-        refer(referenced);
-    }
+Id DeclarationReader::known(CXCursor cursor) {
+    Id const id = identityOf(cursor);
+    return table_.contains(id) ? id : Id{};
+}
+
+Id DeclarationReader::functionParameter(CXCursor cursor) {
+    CXCursor const function = clang_getCursorSemanticParent(cursor);
+    CXCursorKind const kind = clang_getCursorKind(function);
+    if (!isFunctionCursor(kind) && kind != CXCursor_FunctionTemplate) return Id{};
+    std::vector<CXCursor> const parameters = parameterCursors(function);
+    auto const found = std::find_if(parameters.begin(), parameters.end(), [&](CXCursor const& candidate) {
+        return clang_equalCursors(candidate, cursor) != 0;
+    });
+    if (found == parameters.end()) return Id{};
+    Id const owner = kind == CXCursor_FunctionTemplate ? referPrototype(function) : refer(function);
+    return makeId(owner, "parameter", static_cast<std::size_t>(found - parameters.begin()));
+}
+
+void DeclarationReader::readOverrides(CXCursor cursor, Id const& id) {
+    if (!clang_CXXMethod_isVirtual(cursor)) return;
+    CXCursor* overridden = nullptr;
+    unsigned count = 0;
+    clang_getOverriddenCursors(cursor, &overridden, &count);
+    for (unsigned i = 0; i < count; ++i)
+        uses_.addOverride(id, refer(overridden[i]));
+    clang_disposeOverriddenCursors(overridden);
 }
 
 void DeclarationReader::finish() {
+    bodies_.readInstances();
+    uses_.finish(facts_);
     // Reading fields may refer to further aggregates.
     for (std::size_t i = 0; i < records_.size(); ++i) {
         if (!written_.contains(identityOf(records_[i]))) readInstantiation(records_[i]);

@@ -2,6 +2,7 @@
 // to.
 #pragma once
 
+#include "BodyReader.hpp"
 #include "ConstantReader.hpp"
 #include "SourceIndex.hpp"
 #include "TypeReader.hpp"
@@ -15,7 +16,8 @@ namespace zelkor::producer {
 
 class DeclarationReader {
   public:
-    DeclarationReader(SourceIndex& sources, UnitFacts& facts);
+    // Uses are recorded only when wanted; what is used has an entity in any case.
+    DeclarationReader(SourceIndex& sources, UnitFacts& facts, bool wantsUses);
 
     // Reads a declaration of a project file with all that it contains.
     void declare(CXCursor cursor);
@@ -24,10 +26,17 @@ class DeclarationReader {
     Id refer(CXCursor cursor);
     // Identity of the pattern that stands beside a template.
     Id referPrototype(CXCursor templateCursor);
-    // An aggregate or alias of a template with arguments that depend on parameters around `context`.
-    Id referDependent(CXCursor templateCursor, CXType type, CXCursor context);
+    // What a type makes of an alias template, or of a class template by arguments that depend on parameters
+    // around `context`.
+    Id referSpecialisation(CXCursor templateCursor, CXType type, CXCursor context);
     // Identity of a template's own parameter; nil when the front end does not show it.
     Id referParameter(CXCursor templateCursor, unsigned index);
+    // For the readers of bodies: a local variable or a closure where it stands; a parameter of a function;
+    // what is there already. Nil for what has no element.
+    Id declareLocal(CXCursor cursor);
+    void declareLambda(CXCursor cursor);
+    Id functionParameter(CXCursor cursor);
+    Id known(CXCursor cursor);
     // Fields of implicit instantiations, and the final order; call once.
     void finish();
 
@@ -38,6 +47,7 @@ class DeclarationReader {
     Entity& entity(Id const& id) { return *table_.at(id); }
     Id identityOf(CXCursor cursor);
     std::string keyOf(CXCursor cursor);
+    std::string constraintsOf(CXCursor cursor);
     Id ownerKeyOf(CXCursor scope);
     Id ownerOf(CXCursor cursor);
     Id ensure(Id const& id, EntityKind kind, CXCursor cursor, bool asPrototype);
@@ -66,17 +76,20 @@ class DeclarationReader {
     std::vector<TemplateArgumentFact> argumentsOf(CXCursor cursor);
     std::vector<TemplateArgumentFact> argumentsOfType(CXType type, CXCursor cursor, CXCursor context);
     std::vector<TemplateArgumentFact> argumentsOfFunction(CXCursor cursor);
-    TemplateArgumentFact valueArgument(CXCursor cursor, unsigned index, unsigned parameter);
+    std::vector<TemplateArgumentFact> argumentsOfMember(CXCursor cursor);
+    TemplateArgumentFact valueArgument(CXCursor cursor, unsigned index);
+    TemplateArgumentFact writtenArgument(std::string const& text, CXCursor context);
+    TemplateParameterFact const* parameterNamed(std::string_view name, CXCursor context);
+    bool mentionsParameter(std::string_view text, CXCursor context);
+    std::vector<TemplateParameterFact> const& knownParameters(CXCursor templateCursor);
     std::vector<TemplateParameterFact> parametersOf(CXCursor templateCursor, Id const& templateId);
 
     void declareChildren(CXCursor cursor);
     void declareRecord(CXCursor cursor, Id const& id);
     void declareFriend(CXCursor cursor, Id const& record);
     void declareTemplate(CXCursor cursor);
-    void declareLambda(CXCursor cursor);
     void declareUnexposed(CXCursor cursor);
-    void readBody(CXCursor cursor);
-    void readReference(CXCursor cursor);
+    void readOverrides(CXCursor cursor, Id const& id);
     void readInstantiation(CXCursor cursor);
     void listInOwner(Entity const& part);
 
@@ -85,6 +98,8 @@ class DeclarationReader {
     bool isCxx_;
     TypeReader types_;
     ConstantReader constants_;
+    UseRecorder uses_;
+    BodyReader bodies_;
     std::deque<Entity> entities_;
     std::unordered_map<Id, Entity*, IdHash> table_;
     std::unordered_map<CXCursor, Id, CursorHash, CursorEqual> identities_;
@@ -110,8 +125,17 @@ bool isFunctionCursor(CXCursorKind kind);
 // The kind of cursor that a template's pattern would have.
 CXCursorKind patternKind(CXCursor templateCursor);
 
+// Whether it tells how arguments of a class template are deduced, which the front end shows as a function.
+bool isDeductionGuide(CXCursor cursor);
+
+// The parameters of a template, without those of templates around it that its declaration repeats.
+std::vector<CXCursor> ownParameterCursors(CXCursor templateCursor);
+
 // The declaration around a declaration; blocks of linkage do not count.
 CXCursor scopeOf(CXCursor cursor);
+
+// Whether it is a member of a class that the front end made.
+bool isImplicitMember(CXCursor function);
 
 // Whether a declaration stands in an aggregate or in a template of one.
 bool isInRecord(CXCursor cursor);
@@ -119,6 +143,9 @@ bool isInRecord(CXCursor cursor);
 // Whether text of a parameter or field has an initialiser: an `=` outside all brackets and no part of an
 // operator.
 bool hasTopLevelAssignment(std::string_view text);
+
+// Whether a byte may be part of a name.
+bool isWordByte(char c);
 
 // Whether text of a template parameter declares a pack.
 bool declaresPack(std::string_view text);

@@ -37,11 +37,6 @@ Access accessOf(CXCursor cursor) {
     }
 }
 
-bool isIdentifierByte(char c) {
-    return c == '_' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-           static_cast<unsigned char>(c) >= 0x80;
-}
-
 SpecialFunction specialOf(CXCursor cursor, std::string const& name) {
     CXCursorKind kind = clang_getCursorKind(cursor);
     if (isTemplateCursor(kind)) kind = patternKind(cursor);
@@ -59,7 +54,7 @@ SpecialFunction specialOf(CXCursor cursor, std::string const& name) {
     std::string_view const word = "operator";
     if (name.starts_with("operator\"\"")) return SpecialFunction::UdlOperator;
     bool const isOperator =
-        name.starts_with(word) && name.size() > word.size() && !isIdentifierByte(name[word.size()]);
+        name.starts_with(word) && name.size() > word.size() && !isWordByte(name[word.size()]);
     return isOperator ? SpecialFunction::Operator : SpecialFunction::None;
 }
 
@@ -124,6 +119,11 @@ bool isInC(CXCursor linkageBlock, SourceIndex& sources) {
 
 } // namespace
 
+bool isWordByte(char c) {
+    return c == '_' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+           static_cast<unsigned char>(c) >= 0x80;
+}
+
 bool hasTopLevelAssignment(std::string_view text) {
     return findAtTopLevel(text, isAssignment);
 }
@@ -134,6 +134,13 @@ bool declaresPack(std::string_view text) {
     if (text.starts_with("template") && nested != std::string_view::npos) text.remove_prefix(nested + 1);
     return findAtTopLevel(text,
                           [](std::string_view all, std::size_t at) { return all.substr(at, 3) == "..."; });
+}
+
+// They stand at their class; only calls lead to them.
+bool isImplicitMember(CXCursor function) {
+    CXCursor const scope = scopeOf(function);
+    return isRecordCursor(clang_getCursorKind(scope)) && !isLambda(scope) &&
+           clang_equalLocations(clang_getCursorLocation(scope), clang_getCursorLocation(function));
 }
 
 Entity DeclarationReader::describe(CXCursor cursor, EntityKind kind, bool asPrototype) {
@@ -187,6 +194,8 @@ void DeclarationReader::describeCommon(Entity& entity, CXCursor cursor) {
 void DeclarationReader::describePlace(Entity& entity, CXCursor cursor) {
     std::optional<Position> const position = sources_.position(cursor);
     if (!position) return;
+    if (auto const extent = sources_.range(clang_getCursorExtent(cursor)))
+        entity.extents.push_back({*position, *extent});
     if (entity.isDefined) {
         entity.definition = position;
     } else {
@@ -292,11 +301,7 @@ void DeclarationReader::describeFunction(Entity& entity, CXCursor cursor) {
     facts.isVirtual = clang_CXXMethod_isVirtual(cursor) != 0;
     facts.isAbstract = clang_CXXMethod_isPureVirtual(cursor) != 0;
     facts.isThisConst = clang_CXXMethod_isConst(cursor) != 0;
-    // Implicit members stand at their class; only calls lead to them.
-    CXCursor const scope = scopeOf(cursor);
-    facts.isCompilerGenerated =
-        isRecordCursor(clang_getCursorKind(scope)) && !isLambda(scope) &&
-        clang_equalLocations(clang_getCursorLocation(scope), clang_getCursorLocation(cursor));
+    facts.isCompilerGenerated = isImplicitMember(cursor);
     if (facts.isCompilerGenerated) facts.body.reset();
     entity.detail = std::move(facts);
     if (!isTemplateCursor(clang_getCursorKind(cursor))) describeSpecialisation(entity, cursor);
