@@ -103,6 +103,20 @@ class SameBytes(UnitsTest):
         self.database(order)
         self.assertEqual(self.imported()[0], model)
 
+    def test_insight(self):
+        self.database(UNITS[:3])
+        for option in ("--transitive", "--no-insight"):
+            with self.subTest(option):
+                model, _ = self.imported(option)
+                self.assertEqual(self.imported(option, cache="--cache=cache")[0], model)
+                for file, _ in UNITS[:3]:
+                    self.unit(file, option)
+                again, told = self.merged("units", "-p", ".", option)
+                self.assertEqual(again, model)
+                self.assertNotIn("warning", told)
+        _, told = self.merged("units", "-p", ".")
+        self.assertRegex(told, r"warning: units/\S+: was made with --no-insight")
+
     def test_a_unit_by_the_arguments_of_a_compiler(self):
         self.database([("first.cpp", "-DGIVEN=1"), ("plain.c", "")])
         model, _ = self.imported()

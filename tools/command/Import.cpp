@@ -37,6 +37,10 @@ producer::ImportOptions importOptions(Arguments const& arguments, Progress& prog
     options.root = arguments.value("--root");
     options.extraArguments = arguments.values("--extra-arg");
     options.jobs = arguments.number("--jobs", 0);
+    if (arguments.has("--no-insight") && arguments.has("--transitive"))
+        throw UsageError("--transitive is about insight; leave out --no-insight");
+    if (arguments.has("--no-insight")) options.insight = producer::Insight::None;
+    if (arguments.has("--transitive")) options.insight = producer::Insight::Transitive;
     if (!arguments.has("--no-cache"))
         options.cacheDirectory = arguments.value("--cache", producer::defaultCacheDirectory());
     options.cancelled = &interrupted;

@@ -79,7 +79,7 @@ ImportResult Assembly::finish() {
         reportVariants();
         brant::zero::Transaction transaction = ast_.getModel().beginTransaction();
         Emitter emitter(ast_, facts_);
-        emitter.emit();
+        emitter.emit(options_.insight);
         if (!isCancelled()) transaction.commit();
         result_.created = emitter.created();
     }

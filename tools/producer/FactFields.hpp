@@ -128,17 +128,47 @@ void serialize(Archive& archive, TemplateFacts& fact) {
 }
 
 template <class Archive>
+void serialize(Archive& archive, ExtentFact& fact) {
+    auto& [place, range] = fact;
+    archive(place, range);
+}
+
+template <class Archive>
 void serialize(Archive& archive, Entity& fact) {
-    auto& [id, kind, owner, name, usr, inProject, isDefined, definition, declarations, type, storage, linkage,
-           access, comments, templateOf, arguments, isPrototype, detail] = fact;
-    archive(id, kind, owner, name, usr, inProject, isDefined, definition, declarations, type, storage,
-            linkage, access, comments, templateOf, arguments, isPrototype, detail);
+    auto& [id, kind, owner, name, usr, inProject, isDefined, definition, declarations, extents, type, storage,
+           linkage, access, comments, templateOf, arguments, isPrototype, detail] = fact;
+    archive(id, kind, owner, name, usr, inProject, isDefined, definition, declarations, extents, type,
+            storage, linkage, access, comments, templateOf, arguments, isPrototype, detail);
 }
 
 template <class Archive>
 void serialize(Archive& archive, MacroFact& fact) {
     auto& [id, name, text, position, isUndef, isCommandLine, isPredefined, isReferenced] = fact;
     archive(id, name, text, position, isUndef, isCommandLine, isPredefined, isReferenced);
+}
+
+template <class Archive>
+void serialize(Archive& archive, MacroUse& fact) {
+    auto& [macro, place] = fact;
+    archive(macro, place);
+}
+
+template <class Archive>
+void serialize(Archive& archive, PointerFact& fact) {
+    auto& [pointer, target] = fact;
+    archive(pointer, target);
+}
+
+template <class Archive>
+void serialize(Archive& archive, UseFacts& fact) {
+    auto& [owner, lists, pointers, hasAssembler] = fact;
+    archive(owner, lists, pointers, hasAssembler);
+}
+
+template <class Archive>
+void serialize(Archive& archive, OverrideFact& fact) {
+    auto& [method, overridden] = fact;
+    archive(method, overridden);
 }
 
 template <class Archive>
@@ -183,10 +213,10 @@ void serialize(Archive& archive, InputFile& fact) {
 
 template <class Archive>
 void serialize(Archive& archive, UnitFacts& fact) {
-    auto& [file, failure, advice, language, target, files, macros, entities, types, diagnostics,
-           rejectedOptions, missingHeaders, inputs] = fact;
-    archive(file, failure, advice, language, target, files, macros, entities, types, diagnostics,
-            rejectedOptions, missingHeaders);
+    auto& [file, failure, advice, language, target, files, macros, macroUses, uses, overrides, entities,
+           types, diagnostics, rejectedOptions, missingHeaders, inputs] = fact;
+    archive(file, failure, advice, language, target, files, macros, macroUses, uses, overrides, entities,
+            types, diagnostics, rejectedOptions, missingHeaders);
     static_cast<void>(inputs); // stand in the head of a unit file, to be looked at before all this is read
 }
 

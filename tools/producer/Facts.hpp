@@ -4,6 +4,7 @@
 
 #include "Digest.hpp"
 #include "Identity.hpp"
+#include "UseFacts.hpp"
 
 #include <array>
 #include <cstdint>
@@ -265,6 +266,11 @@ enum class EntityKind {
 using EntityDetail = std::variant<NamespaceFacts, FunctionFacts, VariableFacts, RecordFacts, EnumFacts,
                                   TypedefFacts, TemplateFacts>;
 
+struct ExtentFact {
+    Position place;
+    Range range;
+};
+
 struct Entity {
     Id id{};
     EntityKind kind = EntityKind::Namespace;
@@ -275,7 +281,8 @@ struct Entity {
     bool isDefined = false;
     std::optional<Position> definition;
     std::vector<Position> declarations;
-    Id type{}; // declared, aliased or underlying type
+    std::vector<ExtentFact> extents; // of what stands at these places
+    Id type{};                       // declared, aliased or underlying type
     StorageClass storage = StorageClass::None;
     Linkage linkage = Linkage::None;
     Access access = Access::None;
@@ -304,6 +311,12 @@ struct MacroFact {
     bool isCommandLine = false;
     bool isPredefined = false;
     bool isReferenced = false;
+};
+
+// Where a project file expands a macro, or tests it while it is defined.
+struct MacroUse {
+    Id macro{};
+    Position place;
 };
 
 struct CommentFact {
@@ -379,6 +392,9 @@ struct UnitFacts {
     TargetFacts target;
     std::vector<FileFact> files; // main file first
     std::vector<MacroFact> macros;
+    std::vector<MacroUse> macroUses;
+    std::vector<UseFacts> uses;
+    std::vector<OverrideFact> overrides;
     std::deque<Entity> entities; // in the order of the source, referenced ones last; the addresses are stable
     std::deque<TypeFact> types;  // parts before wholes
     std::vector<Diagnostic> diagnostics;

@@ -14,7 +14,7 @@ Session::Session(ImportOptions const& options) : Session(options, readCompileDat
 
 Session::Session(ImportOptions const& options, std::vector<CompileCommand> commands)
     : commands_(std::move(commands)), settings_{findResourceDirectory(options.resourceDirectory),
-                                                options.extraArguments},
+                                                options.extraArguments, options.insight != Insight::None},
       paths_(options.root.empty() ? commonDirectory(commands_) : options.root) {
     for (CompileCommand const& foreign : takeForeignCommands(commands_))
         leftOut_.push_back(unitPath(foreign, paths_));
@@ -33,7 +33,8 @@ UnitFacts Session::read(std::size_t number) {
 }
 
 UnitHead Session::head(std::size_t number, UnitFacts const& facts) const {
-    return {paths_.root(), facts.file, commandDigest(commands_[number], settings_, paths_), facts.inputs};
+    return {paths_.root(), facts.file, commandDigest(commands_[number], settings_, paths_),
+            settings_.wantsUses, facts.inputs};
 }
 
 void Session::finish(ImportResult& result) {

@@ -82,7 +82,7 @@ std::optional<UnitFacts> UnitCache::find(Digest const& command) {
 void UnitCache::store(Digest const& command, std::string const& root, UnitFacts const& facts) {
     if (!isRepeatable(facts)) return;
     UnitFileWriter writer;
-    writer.add({root, facts.file, command, facts.inputs}, facts);
+    writer.add({root, facts.file, command, true, facts.inputs}, facts);
     try {
         replaceFile(pathOf(command), writer.finish());
     } catch (ImportError const& error) {

@@ -83,8 +83,8 @@ std::string_view asText(Digest const& digest) {
 
 template <class Archive>
 void serialize(Archive& archive, UnitHead& head) {
-    auto& [root, file, command, inputs] = head;
-    archive(root, file, command, inputs);
+    auto& [root, file, command, hasUses, inputs] = head;
+    archive(root, file, command, hasUses, inputs);
 }
 
 std::string const& toolLine() {

@@ -15,6 +15,7 @@ struct UnitHead {
     std::string root; // of the project, which the names of files are told from
     std::string file; // main file, as in the model
     Digest command{}; // of all that decides how the front end reads the unit, apart from the content of files
+    bool hasUses = true; // what bodies call, read and write
     std::vector<InputFile> inputs;
 };
 

@@ -170,6 +170,16 @@ UnitFacts readPlanned(PlannedUnit const& unit) {
     return facts;
 }
 
+void warnOfUses(std::vector<UnitGroup> const& groups, ImportOptions const& options, ImportResult& result) {
+    auto const lacks = [](UnitGroup const& group) { return !group.heads.front().hasUses; };
+    auto const found = std::find_if(groups.begin(), groups.end(), lacks);
+    if (options.insight != Insight::None && found != groups.end()) {
+        result.warnings.push_back(found->path +
+                                  ": was made with --no-insight, as may be others; what its functions call, "
+                                  "read and write is not in the model");
+    }
+}
+
 void warnOfRoots(std::vector<UnitGroup> const& groups, ImportResult& result) {
     std::set<std::string> roots;
     for (UnitGroup const& group : groups)
@@ -231,6 +241,7 @@ ImportResult mergeUnits(zelkor::ast::Ast& ast, std::vector<std::string> const& u
     std::vector<UnitGroup> const groups = readGroups(unitFiles);
     ImportResult before;
     warnOfRoots(groups, before);
+    warnOfUses(groups, options, before);
     std::vector<PlannedUnit> const plan =
         options.database.empty() ? planAll(groups) : planByDatabase(groups, options, before);
     {

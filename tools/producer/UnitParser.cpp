@@ -145,7 +145,7 @@ void readInputs(SourceIndex& sources, UnitFacts& facts) {
 }
 
 void readUnit(CXTranslationUnit unit, CompileCommand const& command, ProjectPaths const& paths,
-              UnitFacts& facts) {
+              bool wantsUses, UnitFacts& facts) {
     SourceIndex sources(unit, paths);
     CXCursor const root = clang_getTranslationUnitCursor(unit);
     PreprocessorReader preprocessor(sources, facts);
@@ -156,7 +156,7 @@ void readUnit(CXTranslationUnit unit, CompileCommand const& command, ProjectPath
     });
     preprocessor.finish(command.arguments);
     readInputs(sources, facts);
-    DeclarationReader declarations(sources, facts);
+    DeclarationReader declarations(sources, facts, wantsUses);
     visitChildren(root, [&](CXCursor cursor) {
         if (!clang_isPreprocessing(clang_getCursorKind(cursor))) declarations.declare(cursor);
         return CXChildVisit_Continue;
@@ -189,6 +189,7 @@ Digest commandDigest(CompileCommand const& command, ParserSettings const& settin
     add(paths.root());
     add(command.directory);
     add(command.file);
+    add(settings.wantsUses ? "uses" : "");
     for (std::string const& argument :
          frontEndArguments(command, settings, cleanArguments(command.arguments)))
         add(argument);
@@ -230,7 +231,7 @@ UnitFacts parseUnit(CompileCommand const& command, ParserSettings const& setting
         return facts;
     }
     readDiagnostics(parsed.unit.get(), facts);
-    readUnit(parsed.unit.get(), command, paths, facts);
+    readUnit(parsed.unit.get(), command, paths, settings.wantsUses, facts);
     return facts;
 }
 
