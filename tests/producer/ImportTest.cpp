@@ -30,8 +30,8 @@ class Import : public ::testing::Test {
         return directory_.path();
     }
     std::filesystem::path wholeProject() {
-        return database(
-            {commandFor("first.cpp", "-DGIVEN=1"), commandFor("second.cpp"), commandFor("plain.c")});
+        return database({commandFor("first.cpp", "-DGIVEN=1"), commandFor("second.cpp"),
+                         commandFor("modern.cpp", "-std=c++20"), commandFor("plain.c")});
     }
 
     TemporaryDirectory directory_;
@@ -138,10 +138,10 @@ TEST_F(Import, ProgressCountsEachUnitOnceInOrder) {
     options.progress = [&](ImportProgress const& progress) {
         files.push_back(progress.file);
         EXPECT_EQ(progress.unitsDone, files.size());
-        EXPECT_EQ(progress.unitsTotal, 3U);
+        EXPECT_EQ(progress.unitsTotal, 4U);
     };
     importProject(ast, options);
-    EXPECT_EQ(files, (std::vector<std::string>{"first.cpp", "second.cpp", "plain.c"}));
+    EXPECT_EQ(files, (std::vector<std::string>{"first.cpp", "second.cpp", "modern.cpp", "plain.c"}));
 }
 
 TEST_F(Import, AModelThatHoldsSomethingIsRefused) {
