@@ -122,6 +122,7 @@ class SameBytes(UnitsTest):
         model, _ = self.imported()
         ways = [("first.cpp", ["-std=c++17", "-DGIVEN=1"]), ("plain.c", ["cc", "-c", "plain.c", "-o", "plain.o"])]
         for file, arguments in ways:
+            self.assertEqual(self.zelkor("import", "-p", ".", "--unit", self.path("source", file), "-o", "a.zku")[0], "")
             subprocess.run([os.environ["ZELKOR"], "import", "--unit", file, "-o", self.path("units/"), "--", *arguments],
                            cwd=self.source, env=self.environment, check=True, capture_output=True)
         self.assertEqual(self.merged("units")[0], model)
@@ -222,6 +223,16 @@ class Cache(UnitsTest):
         self.assertFalse(os.path.exists(self.path("relative")))
         _, told = self.zelkor("import", "-p", ".", "-o", "model.json", "--cache", "/dev/null/x", code=2)
         self.assertIn("/dev/null/x: no cache of units can be kept there", told)
+
+    def test_imports_at_once_share_it(self):
+        words = [os.environ["ZELKOR"], "import", "-p", ".", "--cache=cache", "-q", "-o"]
+        for _ in range(2):  # cold, then warm
+            running = [subprocess.Popen([*words, f"{number}.json"], cwd=self.folder, env=self.environment,
+                                        stderr=subprocess.DEVNULL) for number in range(3)]
+            self.assertEqual([process.wait() for process in running], [0, 0, 0])
+            models = {read(self.path(f"{number}.json")) for number in range(3)}
+            self.assertEqual(models, {self.imported()[0]})
+        self.assertFalse([path for path in self.entries() if path.endswith(".tmp")])
 
     def test_what_depends_on_the_day_is_not_kept(self):
         self.edit("plain.c", 'char const* built = __DATE__;\n')

@@ -36,21 +36,18 @@ Session openUnit(ImportOptions options, UnitOptions const& unit) {
     return Session(options, {commandOf(unit.file, unit.arguments)});
 }
 
-bool isSameFile(std::string const& a, std::string const& b) {
-    std::error_code error;
-    return fs::equivalent(a, b, error) && !error;
-}
-
-// A database may name one main file several times.
+// A database may name one main file several times. A name of the model goes before a path.
 std::vector<std::size_t> commandsOf(Session const& session, std::string const& file) {
-    std::vector<std::size_t> numbers;
-    for (std::size_t i = 0; i < session.commands().size(); ++i) {
-        CompileCommand const& command = session.commands()[i];
-        if (unitPath(command, session.paths()) == file || command.file == file ||
-            isSameFile(command.file, file))
-            numbers.push_back(i);
+    std::map<std::string, std::vector<std::size_t>> numbers;
+    for (std::size_t i = 0; i < session.commands().size(); ++i)
+        numbers[unitPath(session.commands()[i], session.paths())].push_back(i);
+    auto found = numbers.find(file);
+    if (found == numbers.end()) {
+        CompileCommand named;
+        named.file = fs::absolute(file).lexically_normal().string();
+        found = numbers.find(unitPath(named, session.paths()));
     }
-    return numbers;
+    return found == numbers.end() ? std::vector<std::size_t>() : found->second;
 }
 
 // In a folder each unit has a name of its own, which stays the same.
