@@ -177,6 +177,7 @@ class Cache(UnitsTest):
 
     def test_what_changed_is_parsed_again_and_nothing_else(self):
         units = [("second.cpp", ""), ("plain.c", ""), ("first.cpp", "-DGIVEN=1"), ("broken.cpp", "")]
+        header = self.path("source/include/shapes.hpp")
         half = lambda bytes: bytes[:len(bytes) // 2]
         flipped = lambda bytes: bytes[:-99] + b"?" + bytes[-98:]
         older = lambda bytes: bytes.replace(b"zelkor unit file 1", b"zelkor unit file 0", 1)
@@ -188,8 +189,9 @@ class Cache(UnitsTest):
             ("options of a unit", lambda: self.database([*units[:2], ("first.cpp", "-DGIVEN=2"), units[3]]), 2, ""),
             ("a header is removed", lambda: os.remove(self.path("source/include/shapes.hpp")), 1, ""),
             ("it is still missing", lambda: None, 1, ""),
-            ("it is there again", lambda: shutil.copy(os.path.join(FIXTURES, "include/shapes.hpp"),
-                                                      self.path("source/include")), 3, ""),
+            ("it is a folder", lambda: os.mkdir(header), 1, ""),
+            ("it is there again", lambda: (os.rmdir(header), shutil.copy(os.path.join(FIXTURES, "include/shapes.hpp"),
+                                                                         header)), 3, ""),
             ("an entry is cut off", lambda: self.damage(half), 2, "is damaged"),
             ("an entry is changed", lambda: self.damage(flipped), 2, "is damaged"),
             ("an entry is empty", lambda: self.damage(lambda bytes: b""), 2, "is no unit file"),
@@ -298,6 +300,7 @@ class Trouble(UnitsTest):
                 (["merge", "-o", "m.json"], "missing argument: UNIT"),
                 (["merge", "empty", "-o", "m.json"], "empty: holds no unit file"),
                 (["merge", "nothing.zku", "-o", "m.json"], "nothing.zku: No such file"),
+                (["merge", "/dev/null", "-o", "m.json"], "/dev/null: "),
                 (["import", "-p", ".", "-o", "m.json", "--progress=loud"], "unknown mode of progress 'loud'")]
         for words, reason in rows:
             with self.subTest(words):

@@ -3,6 +3,7 @@
 #include <xxhash.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -18,6 +19,8 @@ Digest digestOf(std::string_view bytes) {
 }
 
 std::optional<std::string> readWholeFile(std::string const& path) {
+    std::error_code error;
+    if (!std::filesystem::is_regular_file(path, error)) return std::nullopt; // a folder opens, too
     std::ifstream file(path, std::ios::binary | std::ios::ate);
     if (!file) return std::nullopt;
     std::streamoff const size = file.tellg();

@@ -106,8 +106,10 @@ std::string UnitFileWriter::finish() const {
 }
 
 UnitFile::UnitFile(std::string const& path) : path_(path) {
+    errno = 0;
     std::optional<std::string> bytes = readWholeFile(path);
-    if (!bytes) throw UnitFileError(path + ": " + std::generic_category().message(errno));
+    if (!bytes)
+        throw UnitFileError(path + ": " + std::generic_category().message(errno == 0 ? EINVAL : errno));
     bytes_ = *std::move(bytes);
     std::string_view rest = bytes_;
     if (!rest.starts_with(firstWords)) {
