@@ -11,6 +11,7 @@
 namespace zelkor::command {
 
 int runImport(Arguments const& arguments);
+int runMerge(Arguments const& arguments);
 int runConvert(Arguments const& arguments);
 int runStats(Arguments const& arguments);
 int runSchema(Arguments const& arguments);
