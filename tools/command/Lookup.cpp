@@ -143,11 +143,12 @@ Lookup lookUp(za::Ast const& ast, std::string const& word) {
         }))
         return result;
     std::optional<SignaturePattern> const signature = SignaturePattern::of(word);
-    if (signature && take([&](ModelElement const& element) {
-            auto const function = za::Function::cast(element);
-            return function && signature->fits(function);
-        }))
-        return result;
+    for (bool const skipScopes : {false, true})
+        if (signature && take([&](ModelElement const& element) {
+                auto const function = za::Function::cast(element);
+                return function && signature->fits(function, skipScopes);
+            }))
+            return result;
     bool const qualified = word.find("::") != std::string::npos;
     if (!take([&](ModelElement const& element) {
             if (simpleName(element) == word) return true;

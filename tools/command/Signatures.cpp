@@ -105,6 +105,17 @@ std::string parameterTypes(za::Function const& function, bool skipTypedefs) {
     return comparable(text);
 }
 
+/// `ns::A const&` without `ns::`.
+std::string withoutScopes(std::string const& types) {
+    Tokens kept;
+    for (std::string& token : tokensOf(types))
+        if (token == "::" && !kept.empty() && isWordCharacter(kept.back().front()))
+            kept.pop_back();
+        else if (token != "::")
+            kept.push_back(std::move(token));
+    return joined(kept);
+}
+
 /// \returns where the bracket that the last character closes is opened.
 std::size_t openingOf(std::string_view text) {
     int depth = 0;
@@ -160,14 +171,17 @@ std::optional<SignaturePattern> SignaturePattern::of(std::string const& word) {
     return pattern;
 }
 
-bool SignaturePattern::fits(za::Function const& function) const {
+bool SignaturePattern::fits(za::Function const& function, bool skipScopes) const {
     if (whole_.find(joined(tokensOf(function.getName()))) == std::string::npos) return false;
     auto const method = za::types::Method::cast(function);
-    std::string const qualified = function.getFullyQualifiedName();
-    if ((isEndOfName(name_, joined(tokensOf(qualified))) ||
-         isEndOfName(name_, joined(tokensOf(withoutArguments(qualified))))) &&
-        (!isConst_ || (method && method.getIsThisConst())) &&
-        (types_ == parameterTypes(function, false) || types_ == parameterTypes(function, true)))
+    auto const haveTypes = [&](bool skipTypedefs) {
+        std::string const types = parameterTypes(function, skipTypedefs);
+        return skipScopes ? withoutScopes(types) == withoutScopes(types_) : types == types_;
+    };
+    std::string const name = function.getFullyQualifiedName();
+    if ((isEndOfName(name_, joined(tokensOf(name))) ||
+         isEndOfName(name_, joined(tokensOf(withoutArguments(name))))) &&
+        (!isConst_ || (method && method.getIsThisConst())) && (haveTypes(false) || haveTypes(true)))
         return true;
     return joined(tokensOf(function.generateSignature())) == whole_;
 }

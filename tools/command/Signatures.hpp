@@ -24,7 +24,8 @@ class SignaturePattern {
     /// \returns none for a word that does not end with a parameter list.
     static std::optional<SignaturePattern> of(std::string const& word);
 
-    [[nodiscard]] bool fits(zelkor::ast::Function const& function) const;
+    /// With `skipScopes` the types on both sides are compared without their scopes.
+    [[nodiscard]] bool fits(zelkor::ast::Function const& function, bool skipScopes) const;
     /// \returns the word without its parameters.
     [[nodiscard]] std::string const& name() const noexcept { return name_; }
 
