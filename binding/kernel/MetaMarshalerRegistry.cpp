@@ -7,8 +7,6 @@
 #include "brant/zero/meta/StandardTypes.hpp"
 #include "brant/zero/mi/ElementMarshaler.hpp"
 
-#include <utility>
-
 namespace brant::zero::mi {
 
 quorl::ArrayPtr TextPolicy::toArray(std::vector<std::u16string> const& values) {
@@ -75,8 +73,15 @@ ValueMarshaler const& MetaMarshalerRegistry::getPropertyMarshaler(meta::Type con
         found = marshalers_.find(type.get());
     }
     Entry& entry = found->second;
-    // Loading a class may lead back here.
-    if (!std::exchange(entry.isReady, true)) entry.marshaler->initializeDependencies();
+    if (!entry.isReady) {
+        entry.isReady = true; // loading a class may lead back here
+        try {
+            entry.marshaler->initializeDependencies();
+        } catch (...) {
+            entry.isReady = false;
+            throw;
+        }
+    }
     return *entry.marshaler;
 }
 
