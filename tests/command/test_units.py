@@ -314,7 +314,7 @@ class Trouble(UnitsTest):
         self.zelkor("import", "-p", ".", "-o", "model.json", "--fail-on-error", code=3)
 
     def test_an_interrupt_leaves_nothing(self):
-        self.database([("first.cpp", f"-DNUMBER={number}") for number in range(30)])
+        self.database([("first.cpp", f"-DNUMBER={number}") for number in range(200)])
         before = sorted(os.listdir(self.folder))
         process = subprocess.Popen([os.environ["ZELKOR"], "import", "-p", ".", "-o", "model.json", "-j1", "--no-cache",
                                     "--progress=always"], stderr=subprocess.PIPE, text=True, cwd=self.folder,
