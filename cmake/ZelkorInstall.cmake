@@ -5,7 +5,7 @@ include(CMakePackageConfigHelpers)
 
 install(TARGETS zelkor_ast EXPORT zelkor_astTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
                                                     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-foreach(headers IN ITEMS kernel/include model/include ast/include)
+foreach(headers IN ITEMS kernel/include model/include ast/include binding/include script/quorl/include)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${headers}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
           FILES_MATCHING PATTERN "*.hpp" PATTERN "*.ipp")
 endforeach()

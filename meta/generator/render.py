@@ -238,6 +238,24 @@ def invoker(c: Class, o: Operation) -> str:
     return f"&::brant::zero::meta::invoker<&{c.name}::Impl::{o.name}, {row}>"
 
 
+def static_call(o: Operation) -> str:
+    """C++ expression of the function through which a script calls a static operation, null for others."""
+    return f"&::brant::zero::mi::callStatic<&::{o.owner.native}::{o.name}>" if o.static else "nullptr"
+
+
+def owned(c: Class) -> list[Property]:
+    """The own properties into which an element can be created."""
+    return [p for p in c.properties if p.contained and p.stored]
+
+
+def upper_first(name: str) -> str:
+    return name[0].upper() + name[1:]
+
+
+def mi_namespace(package) -> str:
+    return f"{package.native}::mi"
+
+
 def cpp_string(text: str | None) -> str:
     if text is None:
         return "nullptr"
@@ -262,7 +280,8 @@ def make_environment() -> jinja2.Environment:
     for function in (
         native, element_type, collection_type, field_name, is_text, argument_type, result_type, field_order,
         builder_fields, builder_type, setter, value_kind, flags, own_row, row_ref, facts, comment, targets, value_types,
-        term_type, cpp_string, short_name, operation_result, parameters, argument_facts, invoker,
+        term_type, cpp_string, short_name, operation_result, parameters, argument_facts, invoker, static_call, owned,
+        upper_first, mi_namespace,
     ):
         env.globals[function.__name__] = function
     env.globals["property_kinds"] = PROPERTY_KINDS
@@ -321,6 +340,8 @@ def render(schema: Schema, out: Output, root: str, package_class: str, package_h
     emit("Packages.cpp.jinja", "src/Packages.cpp")
     sources.append("src/Packages.cpp")
     out.write("sources.txt", "".join(f"{path}\n" for path in sources))
+    emit("Wrappers.hpp.jinja", f"include/{root}/mi/Wrappers.hpp")
+    emit("Wrappers.cpp.jinja", "binding/Wrappers.cpp")
 
 
 def declaration_header(c: Class) -> str:

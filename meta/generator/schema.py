@@ -58,6 +58,7 @@ class _Builder:
                 self._make_properties(declared)
             if declared.category == "class":
                 self._make_operations(declared)
+        self._link_script_operations()
         self._link_properties()
         self._number()
         self._fill_packages()
@@ -84,7 +85,7 @@ class _Builder:
                 raw["doc"],
                 f"{self.frame['uri_root']}{root['path']}/{dotted}",
                 self._identity(dotted),
-                f"{self.frame['script_prefix']}.{dotted}",
+                f"{self.frame['script_prefix']}.{dotted}".removeprefix("."),
                 f"{dotted}.".removeprefix(self.frame["short_names_in"] + "."),
                 self.packages.get(parent),
                 raw["place"],
@@ -191,6 +192,21 @@ class _Builder:
             self.raw[operation] = raw
             made.append(operation)
         _link(owner, operations=tuple(made))
+
+    def _link_script_operations(self) -> None:
+        for declared in (t for t in self.types.values() if t.category == "class"):
+            known = {op.name: op for op in declared.all_operations if not op.has_output}
+            names = self.raw[declared]["script_methods"]
+            if names is None:
+                inherited = [op.name for op in known.values() if op.owner is not declared]
+                family = [n for n in (f"is{declared.name}", f"is{declared.name.removesuffix('Constant')}") if n in inherited]
+                names = family[:1] + [op.name for op in declared.operations if not op.has_output]
+            names = [str(name) for name in names]
+            for name in names:
+                if name not in known:
+                    place = declared.place.at("script_methods")
+                    self.problems.unknown(place, f"operation of {declared.name} without results in arguments", name, known)
+            _link(declared, script_operations=tuple(known[name] for name in names if name in known))
 
     def _make_argument(self, operation: Operation, raw: dict) -> Argument:
         type_ = self._resolve(raw["type"], raw["place"].at("type"), foreign=True)

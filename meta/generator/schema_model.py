@@ -312,7 +312,12 @@ class Operation:
     @property
     def invoker(self) -> bool:
         """Whether reflection can call it: it needs an element and has no place for an output argument."""
-        return not self.static and not any(a.out for a in self.arguments)
+        return not self.static and not self.has_output
+
+    @property
+    def has_output(self) -> bool:
+        """Whether it answers through an argument, which only C++ can take."""
+        return any(a.out for a in self.arguments)
 
     @property
     def many(self) -> bool:
@@ -340,6 +345,7 @@ class Class(_Declared):
     chain: tuple[Class, ...] = field(default=(), repr=False)  # topmost modelled class first, this class last
     properties: tuple[Property, ...] = field(default=(), repr=False)  # its own, in declaration order
     operations: tuple[Operation, ...] = field(default=(), repr=False)
+    script_operations: tuple[Operation, ...] = field(default=(), repr=False)  # what its script class lists as methods
     first_index: int = 1
     count: int = 1
     category = "class"

@@ -69,6 +69,7 @@ _TYPES = {
         "base": (str, REQUIRED),
         "identity": (str, REQUIRED),
         "abstract": (FLAG, False),
+        "script_methods": (list, None),
         **_DESCRIBED,
         "properties": (dict, {}),
         "operations": (dict, {}),
