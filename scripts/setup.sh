@@ -11,6 +11,7 @@ packages=(
   libclang-19-dev libclang-common-19-dev
   python3 python3-jinja2 python3-jsonschema libxml2-utils
   libgtest-dev
+  python3-dev pybind11-dev mypy
 )
 for option in "$@"; do
   case $option in

@@ -6,6 +6,7 @@
 #include "ValueObject.hpp"
 
 #include <brant/zero/Exceptions.hpp>
+#include <brant/zero/meta/Class.hpp>
 #include <quorl/Factory.hpp>
 
 #include <limits>
@@ -54,7 +55,7 @@ Handle const& handleOf(quorl::QuorlObject const& object) {
 py::object objectAt(krelArray const& array, std::size_t i) {
     quorl::QuorlObject* const object = omGetArrayElement(array, i);
     if (object == nullptr) return py::none();
-    quorl::QuorlClass const& quorlClass = object->getQuorlClass();
+    quorl::QuorlClass& quorlClass = object->getQuorlClass();
     if (!quorlClass.getInfo().isHandleClass()) return owned(wrapValue(quorl::ObjectRef(object)));
     if (quorlClass.getName().text() == "brant.zero.Model") return py::cast(handleOf<Model>(*object));
     if (Types::get().other(quorlClass) != nullptr) return owned(wrapValue(quorl::ObjectRef(object)));
@@ -166,7 +167,8 @@ ArrayPtr anyArray(PyObject* object, std::string const& where) {
     if (PyDict_Check(object)) return structArray(object, where);
     if (isElement(object)) return elementArray(object, where);
     if (py::isinstance<Model>(object)) return modelArray(py::handle(object).cast<Model>());
-    if (quorl::QuorlObject* const value = valueObject(object)) return omCreateQuorlScalar(quorl::ObjectRef(value));
+    if (quorl::QuorlObject* const value = valueObject(object))
+        return omCreateQuorlScalar(quorl::ObjectRef(value));
     if (PyUnicode_Check(object) || PyObject_HasAttrString(object, "__fspath__") != 0)
         return omCreateStringScalar(textOf(object, where));
     if (PyType_Check(object))

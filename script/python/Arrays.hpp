@@ -8,8 +8,8 @@
 
 namespace zelkor::python {
 
-/// \returns the value of an array: of one element the element itself, of none None, of several a list; structs are
-/// dictionaries. A new reference.
+/// \returns the value of an array: of one element the element itself, of none None, of several a list;
+/// structs are dictionaries. A new reference.
 PyObject* arrayToPython(krelArray const& array);
 
 /// \returns an array of the type that an input or property has. "any" takes what Python's type suggests.

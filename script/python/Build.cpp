@@ -30,7 +30,9 @@ void requireProperties(ElementClass const& entry, py::dict const& values) {
 py::dict keep(py::dict const& values) {
     py::dict kept;
     for (auto const& [name, value] : values)
-        kept[name] = PyList_Check(value.ptr()) ? py::object(py::tuple(value)) : py::reinterpret_borrow<py::object>(value);
+        kept[name] = PyList_Check(value.ptr())
+                         ? py::object(py::tuple(py::reinterpret_borrow<py::list>(value)))
+                         : py::reinterpret_borrow<py::object>(value);
     return kept;
 }
 
@@ -108,7 +110,8 @@ void Building::make(PyObject* object) {
     auto const values = py::reinterpret_borrow<py::dict>(self.pending);
     brant::zero::uuid identity{};
     if (values.contains("uuid"))
-        identity = uuidOf(py::object(values["uuid"]).ptr(), nameOf(reinterpret_cast<PyObject*>(entry.type)) + ".uuid");
+        identity = uuidOf(py::object(values["uuid"]).ptr(),
+                          nameOf(reinterpret_cast<PyObject*>(entry.type)) + ".uuid");
     ModelElement const element = Core::create(*entry.table, model_, identity);
     made_.push_back({py::reinterpret_borrow<py::object>(object), self.pending});
     self.pending = nullptr;
@@ -116,7 +119,8 @@ void Building::make(PyObject* object) {
     self.body->addRef();
     self.model = model_;
     for (auto const& [name, value] : values)
-        if (!py::str("uuid").equal(name)) setProperty(object, py::object(entry.properties[name]).ptr(), value.ptr(), *this);
+        if (!py::str("uuid").equal(name))
+            setProperty(object, py::object(entry.properties[name]).ptr(), value.ptr(), *this);
 }
 
 } // namespace zelkor::python

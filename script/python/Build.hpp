@@ -9,12 +9,12 @@
 
 namespace zelkor::python {
 
-/// What a type of elements does when it is called: `Function(model, name="f", params=[...])` makes the element,
-/// without a model an object that is pending. `uuid` gives the identity. \returns a new reference.
+/// What a type of elements does when it is called: `Function(model, name="f", params=[...])` makes the
+/// element, without a model an object that is pending. `uuid` gives the identity. \returns a new reference.
 PyObject* buildElement(PyTypeObject* type, PyObject* arguments, PyObject* keywords);
 
-/// One change of a model that may bring pending objects into it: a transaction level, opened when it is needed.
-/// Dropping it without `commit` abandons the level, and the objects are pending as before.
+/// One change of a model that may bring pending objects into it: a transaction level, opened when it is
+/// needed. Dropping it without `commit` abandons the level, and the objects are pending as before.
 class Building {
   public:
     explicit Building(Model model) : model_(std::move(model)) {}

@@ -54,7 +54,8 @@ template <bool Both>
 class Joined final : public Node {
   public:
     Joined(std::shared_ptr<Node const> a, std::shared_ptr<Node const> b)
-        : a_(std::move(a)), b_(std::move(b)), subject_(&query::detail::commonSubject(a_->subject(), b_->subject())) {}
+        : a_(std::move(a)), b_(std::move(b)),
+          subject_(&query::detail::commonSubject(a_->subject(), b_->subject())) {}
     bool test(Body const& element) const override {
         return Both ? a_->test(element) && b_->test(element) : a_->test(element) || b_->test(element);
     }
@@ -118,23 +119,7 @@ void requireEquality(Place const& place, Comparison operation) {
 /// Numbers are compared by their value, whatever their types.
 template <class T>
 std::shared_ptr<Node const> numberNode(Place const& place, Comparison operation, PyObject* value) {
-    if (PyFloat_Check(value)) {
-        double const number = PyFloat_AS_DOUBLE(value);
-        return withOperator(operation, [&](auto op) {
-            auto const compare = [](Body const& element, query::Step const& step, double against) {
-                return decltype(op)()(static_cast<double>(Core::field<T>(element, *step.row)), against);
-            };
-            struct RealComparison : query::ConditionBase {
-                query::Step step;
-                double against;
-                decltype(compare) function;
-                RealComparison(query::Step s, double a, decltype(compare) f) : step(s), against(a), function(f) {}
-                bool test(Body const& element) const { return function(element, step, against); }
-                ClassTable const& subject() const noexcept { return *step.row->owner; }
-            };
-            return hold(RealComparison(place.last, number, compare));
-        });
-    }
+    if (PyFloat_Check(value)) return comparison<T, double>(place, operation, PyFloat_AS_DOUBLE(value));
     if (!PyLong_Check(value) || PyBool_Check(value)) failType(place.text, "int or float", value);
     int overflow = 0;
     long const number = PyLong_AsLongAndOverflow(value, &overflow);
@@ -196,12 +181,12 @@ char const* symbolOf(Comparison operation) {
 }
 
 Condition Condition::both(Condition const& other) const {
-    return {std::make_shared<Joined<true> const>(node_, other.node_), text(Tie::And) + " & " + other.text(Tie::And),
-            Tie::And};
+    return {std::make_shared<Joined<true> const>(node_, other.node_),
+            text(Tie::And) + " & " + other.text(Tie::And), Tie::And};
 }
 Condition Condition::either(Condition const& other) const {
-    return {std::make_shared<Joined<false> const>(node_, other.node_), text(Tie::Or) + " | " + other.text(Tie::Or),
-            Tie::Or};
+    return {std::make_shared<Joined<false> const>(node_, other.node_),
+            text(Tie::Or) + " | " + other.text(Tie::Or), Tie::Or};
 }
 Condition Condition::negated() const {
     return {std::make_shared<Negated const>(node_), "~(" + text_ + ")"};
@@ -236,9 +221,10 @@ Condition testText(Place const& place, query::TextTest kind, char const* name, P
     requireText(place);
     std::string const text = place.text + '.' + name + '(' + valueText(value) + ')';
     if (place.row().valueKind == ValueKind::String)
-        return place.behindPath(hold(query::TextCondition<Attribute<std::u16string>>(
-                                    kind, Attribute<std::u16string>({}, place.last), textOf(value, place.text))),
-                                text);
+        return place.behindPath(
+            hold(query::TextCondition<Attribute<std::u16string>>(
+                kind, Attribute<std::u16string>({}, place.last), textOf(value, place.text))),
+            text);
     return place.behindPath(hold(query::TextCondition<Attribute<std::string>>(
                                 kind, Attribute<std::string>({}, place.last), bytesOf(value, place.text))),
                             text);
@@ -251,7 +237,8 @@ Condition matchText(Place const& place, std::string const& pattern) {
     if (place.row().valueKind == ValueKind::String)
         return place.behindPath(
             hold(query::MatchCondition<Attribute<std::u16string>>({{}, place.last}, compiled)), text);
-    return place.behindPath(hold(query::MatchCondition<Attribute<std::string>>({{}, place.last}, compiled)), text);
+    return place.behindPath(hold(query::MatchCondition<Attribute<std::string>>({{}, place.last}, compiled)),
+                            text);
 }
 
 Condition quantify(Place const& place, query::Quantifier kind, char const* name, Condition const* condition) {
@@ -266,14 +253,16 @@ Condition countElements(Place const& place, Condition const* condition, Comparis
     query::Count<Relation, Condition> const count(relationOf(place), inner);
     auto const node = withOperator(operation, [&](auto op) {
         bool const missing = query::detail::compare<decltype(op)>(0L, number);
-        return hold(query::CountCondition<query::Count<Relation, Condition>, decltype(op), long>(count, number),
-                    missing);
+        return hold(
+            query::CountCondition<query::Count<Relation, Condition>, decltype(op), long>(count, number),
+            missing);
     });
     return place.behindPath(node, "(" + place.text + ".count(" + inner.text() + ")" + symbolOf(operation) +
                                       std::to_string(number) + ")");
 }
 
-Condition testClass(Place const& place, ClassTable const& wanted, bool exactly, std::string const& className) {
+Condition testClass(Place const& place, ClassTable const& wanted, bool exactly,
+                    std::string const& className) {
     query::ClassCondition<Relation> const condition(relationOf(place), wanted, exactly);
     return place.behindPath(hold(condition),
                             place.text + (exactly ? ".is_exactly(" : ".is_(") + className + ")");

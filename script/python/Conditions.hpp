@@ -14,8 +14,8 @@ namespace zelkor::python {
 
 namespace query = brant::zero::query;
 
-/// Asks one element; what stands behind the interface is compiled, so that a test costs one indirect call more than in
-/// a query of C++.
+/// Asks one element; what stands behind the interface is compiled, so that a test costs one indirect call
+/// more than in a query of C++.
 class Node {
   public:
     virtual ~Node() = default;
@@ -29,8 +29,8 @@ class Node {
 /// How tightly the text of a condition holds together.
 enum class Tie { Atom, And, Or };
 
-/// A condition: what it tests and how it reads in Python. A value; copies share. Conditions of the library take it for
-/// one of their own.
+/// A condition: what it tests and how it reads in Python. A value; copies share. Conditions of the library
+/// take it for one of their own.
 class Condition : public query::ConditionBase {
   public:
     using Subject = ModelElement;
@@ -58,7 +58,8 @@ class Condition : public query::ConditionBase {
 
 enum class Comparison { Equal, NotEqual, Less, LessEqual, Greater, GreaterEqual };
 
-/// A path of single references and the property at its end, asked of elements of the class that it starts from.
+/// A path of single references and the property at its end, asked of elements of the class that it starts
+/// from.
 struct Place {
     std::vector<query::Step> path;
     query::Step last;

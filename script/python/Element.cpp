@@ -151,9 +151,11 @@ PyGetSetDef members[] = {
     {"uuid", getUuid, nullptr, "Identity, a uuid.UUID; the same after saving and loading.", nullptr},
     {"model", getModel, nullptr, "The model that holds the element.", nullptr},
     {"container", getContainer, nullptr, "The element that owns this one, or None.", nullptr},
-    {"containment_feature", getFeature, nullptr, "Name of the container's property that holds it, or None.", nullptr},
+    {"containment_feature", getFeature, nullptr, "Name of the container's property that holds it, or None.",
+     nullptr},
     {"is_proxy", getIsProxy, nullptr, "True for a placeholder whose target is not in the model.", nullptr},
-    {"is_alive", getIsAlive, nullptr, "False once it was destroyed or rolled back, and while it is pending.", nullptr},
+    {"is_alive", getIsAlive, nullptr, "False once it was destroyed or rolled back, and while it is pending.",
+     nullptr},
     {"is_pending", getIsPending, nullptr, "True for an object that is not in a model yet.", nullptr},
     {nullptr, nullptr, nullptr, nullptr, nullptr}};
 
@@ -161,12 +163,15 @@ PyMethodDef methods[] = {
     {"destroy", destroy, METH_NOARGS, "Destroys the element and all that it contains, in one transaction."},
     {nullptr, nullptr, 0, nullptr}};
 
-PyTypeObject* makeType(char const* name, PyTypeObject* base, std::vector<PyType_Slot> slots, char const* doc) {
+PyTypeObject* makeType(char const* name, PyTypeObject* base, std::vector<PyType_Slot> slots,
+                       char const* doc) {
     slots.push_back({Py_tp_dealloc, reinterpret_cast<void*>(dealloc)});
     if (doc != nullptr && *doc != '\0') slots.push_back({Py_tp_doc, const_cast<char*>(doc)});
     slots.push_back({0, nullptr});
-    PyType_Spec spec = {name, sizeof(ElementObject), 0, Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE, slots.data()};
-    py::object const bases = base == nullptr ? py::object() : py::make_tuple(py::handle(reinterpret_cast<PyObject*>(base)));
+    PyType_Spec spec = {name, sizeof(ElementObject), 0, Py_TPFLAGS_DEFAULT | Py_TPFLAGS_BASETYPE,
+                        slots.data()};
+    py::object const bases =
+        base == nullptr ? py::object() : py::make_tuple(py::handle(reinterpret_cast<PyObject*>(base)));
     return reinterpret_cast<PyTypeObject*>(checked(PyType_FromSpecWithBases(&spec, bases.ptr())));
 }
 
@@ -243,7 +248,8 @@ Model modelOf(PyObject* object, std::string const& where) {
         (void)bodyOf(asElement(object));
         return asElement(object).model;
     }
-    if (!py::isinstance<Model>(held) && PyObject_HasAttrString(object, "model") != 0) held = held.attr("model");
+    if (!py::isinstance<Model>(held) && PyObject_HasAttrString(object, "model") != 0)
+        held = held.attr("model");
     if (!py::isinstance<Model>(held)) failType(where, "Model", object);
     return held.cast<Model>();
 }

@@ -16,14 +16,13 @@ using brant::zero::schema::ClassTable;
 using brant::zero::schema::PropertyRow;
 using Body = brant::zero::ModelElementImpl;
 
-/// A counted body and the model that it belongs to; or, before it has either, the values that it is to be made with.
-/// Two objects of one element are equal, not identical. Objects of elements are no matter of the garbage collector:
-/// what they refer to in Python is a dictionary that nobody else sees.
+/// A counted body and the model that it belongs to; or, before it has either, the values that it is to be
+/// made with. Two objects of one element are equal, not identical. Objects of elements are no matter of the
+/// garbage collector: what they refer to in Python is a dictionary that nobody else sees.
 struct ElementObject {
-    PyObject_HEAD
-    Body* body;        ///< null while the element is pending
-    PyObject* pending; ///< names and values; null once the element is made
-    Model model;       ///< keeps the model for as long as the object lives
+    PyObject_HEAD Body* body; ///< null while the element is pending
+    PyObject* pending;        ///< names and values; null once the element is made
+    Model model;              ///< keeps the model for as long as the object lives
 };
 
 /// \returns the type of a class of elements, made on `base`; null when Python fails. The name must live on.

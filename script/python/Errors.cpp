@@ -1,6 +1,7 @@
 #include "Python.hpp"
 
 #include <brant/zero/Exceptions.hpp>
+#include <brant/zero/Text.hpp>
 #include <quorl/Errors.hpp>
 
 #include <new>
@@ -19,7 +20,8 @@ py::object argumentObject(tamber::core::except::MessageArgument const& argument)
 
 void raise(std::string const& catalogue, std::string const& id, std::string const& text,
            py::tuple const& arguments) {
-    py::object const error = py::module_::import("zelkor.errors").attr("make")(catalogue, id, text, arguments);
+    py::object const error =
+        py::module_::import("zelkor.errors").attr("make")(catalogue, id, text, arguments);
     PyErr_SetObject(reinterpret_cast<PyObject*>(Py_TYPE(error.ptr())), error.ptr());
 }
 

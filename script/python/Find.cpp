@@ -35,7 +35,8 @@ std::optional<std::string> optionalBytes(py::handle value, char const* where) {
 /// True when the whole path is meant, or its last parts.
 bool isFile(std::u16string_view path, std::u16string_view wanted) {
     if (!path.ends_with(wanted)) return false;
-    return path.size() == wanted.size() || wanted.starts_with(u'/') || path[path.size() - wanted.size() - 1] == u'/';
+    return path.size() == wanted.size() || wanted.starts_with(u'/') ||
+           path[path.size() - wanted.size() - 1] == u'/';
 }
 
 bool standsIn(za::Symbol const& symbol, std::u16string_view wanted) {
@@ -51,8 +52,8 @@ bool standsIn(za::Symbol const& symbol, std::u16string_view wanted) {
     return false;
 }
 
-/// A qualified name and a signature have the symbol's own name in them, if it has one; writing them takes longer than
-/// looking for that.
+/// A qualified name and a signature have the symbol's own name in them, if it has one; writing them takes
+/// longer than looking for that.
 bool mayBe(std::string const& name, std::string const& whole) {
     return whole.find(name) != std::string::npos;
 }
@@ -60,11 +61,14 @@ bool mayBe(std::string const& name, std::string const& whole) {
 bool fits(za::Symbol const& symbol, Wanted const& wanted) {
     std::string const& name = symbol.getName();
     if (wanted.name && name != *wanted.name) return false;
-    if (wanted.qualified && !(mayBe(name, *wanted.qualified) && symbol.getFullyQualifiedName() == *wanted.qualified))
+    if (wanted.qualified &&
+        !(mayBe(name, *wanted.qualified) && symbol.getFullyQualifiedName() == *wanted.qualified))
         return false;
-    if (wanted.signature && !(mayBe(name, *wanted.signature) && symbol.generateSignature() == *wanted.signature))
+    if (wanted.signature &&
+        !(mayBe(name, *wanted.signature) && symbol.generateSignature() == *wanted.signature))
         return false;
-    if (wanted.pattern && !wanted.pattern->matches(std::string_view(symbol.getFullyQualifiedName()))) return false;
+    if (wanted.pattern && !wanted.pattern->matches(std::string_view(symbol.getFullyQualifiedName())))
+        return false;
     return !wanted.file || standsIn(symbol, *wanted.file);
 }
 
@@ -82,13 +86,15 @@ py::list listOf(std::vector<za::Symbol> const& symbols, Model const& model) {
     return list;
 }
 
-py::list find(Model const& model, py::handle type, py::handle name, py::handle qualified, py::handle signature,
-              py::handle regex, py::handle file, bool onlyFirst) {
+py::list find(Model const& model, py::handle type, py::handle name, py::handle qualified,
+              py::handle signature, py::handle regex, py::handle file, bool onlyFirst) {
     ClassTable const* table = &za::Symbol::Impl::table;
     if (!type.is_none()) {
-        ElementClass const* const entry =
-            PyType_Check(type.ptr()) ? Types::get().find(reinterpret_cast<PyTypeObject*>(type.ptr())) : nullptr;
-        if (entry == nullptr || !entry->table->conformsTo(*table)) failType("find", "a class of symbols", type.ptr());
+        ElementClass const* const entry = PyType_Check(type.ptr())
+                                              ? Types::get().find(reinterpret_cast<PyTypeObject*>(type.ptr()))
+                                              : nullptr;
+        if (entry == nullptr || !entry->table->conformsTo(*table))
+            failType("find", "a class of symbols", type.ptr());
         table = entry->table;
     }
     Wanted wanted{optionalBytes(name, "find: name"), optionalBytes(qualified, "find: qualified"),

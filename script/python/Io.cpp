@@ -25,7 +25,8 @@ constexpr char astClass[] = "internal.zelkor.ast.Ast";
 /// The text forms differ in their first character, whatever the encoding and blanks before it.
 IoFormat formatOf(std::string_view text) {
     auto const isPadding = [](char c) {
-        return c == '\0' || c == ' ' || c == '\t' || c == '\r' || c == '\n' || (static_cast<unsigned char>(c) & 0x80) != 0;
+        return c == '\0' || c == ' ' || c == '\t' || c == '\r' || c == '\n' ||
+               (static_cast<unsigned char>(c) & 0x80) != 0;
     };
     auto const first = std::find_if_not(text.begin(), text.end(), isPadding);
     return first != text.end() && *first == '<' ? IoFormat::xml : IoFormat::json;
@@ -67,7 +68,8 @@ py::object load(py::handle path) {
         char head[64] = {};
         stream.read(head, sizeof head);
         std::string_view const start(head, static_cast<std::size_t>(stream.gcount()));
-        // What cannot be read a second time, such as a pipe, is read here; the library tells why a file cannot be read.
+        // What cannot be read a second time, such as a pipe, is read here; the library tells why a file
+        // cannot be read.
         bool const rereadable = stream.gcount() == 0 || (stream.clear(), stream.seekg(0), stream.good());
         if (rereadable) {
             stream.close();
@@ -94,9 +96,9 @@ py::object loads(py::handle text) {
 
 void save(py::handle object, py::handle path, py::handle format) {
     std::u16string const name = textOf(path.ptr(), "save: the path");
-    IoFormat const wanted = !format.is_none()            ? formatNamed(format)
-                            : name.ends_with(u".xml")    ? IoFormat::xml
-                                                         : IoFormat::json;
+    IoFormat const wanted = !format.is_none()         ? formatNamed(format)
+                            : name.ends_with(u".xml") ? IoFormat::xml
+                                                      : IoFormat::json;
     Ast ast = astOf(object);
     Unlocked const unlocked(ast.getModel());
     zelkor::ast::io::serializeToFile(ast, name, wanted);
@@ -116,7 +118,8 @@ py::object dumps(py::handle object, py::handle format) {
 } // namespace
 
 void initIo(py::module_& module) {
-    module.def("load", load, py::arg("path"), "Reads a saved model, JSON or XML by its content. Returns an Ast.");
+    module.def("load", load, py::arg("path"),
+               "Reads a saved model, JSON or XML by its content. Returns an Ast.");
     module.def("loads", loads, py::arg("text"), "The same from a str, or from bytes in UTF-8.");
     module.def("save", save, py::arg("ast"), py::arg("path"), py::arg("format") = py::none(),
                "Writes a model to a file; XML when the name ends in .xml, else JSON, unless told.");

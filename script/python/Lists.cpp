@@ -28,20 +28,17 @@ using brant::zero::schema::ValueKind;
 namespace {
 
 struct ListObject {
-    PyObject_HEAD
-    PyObject* element;
+    PyObject_HEAD PyObject* element;
     PropertyRow const* row;
 };
 
 struct ListIterator {
-    PyObject_HEAD
-    PyObject* list; ///< null behind the end
+    PyObject_HEAD PyObject* list; ///< null behind the end
     Py_ssize_t index;
 };
 
 struct Results {
-    PyObject_HEAD
-    std::vector<ModelElement> elements;
+    PyObject_HEAD std::vector<ModelElement> elements;
     std::size_t index;
     Model model;
 };
@@ -122,9 +119,7 @@ std::size_t positionOf(PropertyRow const& row, Py_ssize_t index, Py_ssize_t size
 /// One change of the list and its owner.
 struct Change {
     explicit Change(ListObject const& list) : owner(ownerOf(list)), building(asElement(list.element).model) {
-        if (list.row->kind == PropertyKind::Derived || list.row->readOnly())
-            brant::zero::reportException(
-                brant0::messages::CannotSetReadOnlyProperty(brant::zero::toUtf16(placeOf(*list.row)).value()));
+        if (list.row->kind == PropertyKind::Derived || list.row->readOnly()) failReadOnly(*list.row);
     }
     Body& owner;
     Building building;
@@ -226,7 +221,8 @@ PyObject* subscript(PyObject* self, PyObject* key) {
             for (Value const& known : Core::field<ReferenceMap>(ownerOf(list), *list.row).getAllKeys())
                 keys.append(owned(valueToPython(known)));
             std::string const name = py::str(py::handle(key)).cast<std::string>();
-            fail("NotFound", placeOf(*list.row) + " has nothing under '" + name + "'" + suggestion(name, keys));
+            fail("NotFound",
+                 placeOf(*list.row) + " has nothing under '" + name + "'" + suggestion(name, keys));
         }
         if (PySlice_Check(key)) return snapshot(list)[py::handle(key)].cast<py::object>().release().ptr();
         if (!PyIndex_Check(key)) failType(placeOf(*list.row) + "[]", "int or slice", key);
@@ -244,7 +240,8 @@ void assignSlice(ListObject const& list, PyObject* key, PyObject* value) {
     Py_ssize_t step = 0;
     checked(PySlice_Unpack(key, &start, &stop, &step));
     Py_ssize_t const count = PySlice_AdjustIndices(sizeOf(change.owner, *list.row), &start, &stop, step);
-    py::list const fresh = value == nullptr ? py::list() : py::list(py::reinterpret_borrow<py::object>(value));
+    py::list const fresh =
+        value == nullptr ? py::list() : py::list(py::reinterpret_borrow<py::object>(value));
     auto const given = static_cast<Py_ssize_t>(fresh.size());
     if (step != 1 && value != nullptr && given != count)
         throw py::value_error("attempt to assign sequence of size " + std::to_string(given) +
@@ -266,7 +263,8 @@ void assignSlice(ListObject const& list, PyObject* key, PyObject* value) {
             insertAt(list, change, position, fresh[static_cast<std::size_t>(i)].ptr());
     } else {
         for (Py_ssize_t i = 0; i < given; ++i)
-            insertAt(list, change, static_cast<std::size_t>(start + i), fresh[static_cast<std::size_t>(i)].ptr());
+            insertAt(list, change, static_cast<std::size_t>(start + i),
+                     fresh[static_cast<std::size_t>(i)].ptr());
     }
     change.building.commit();
 }
@@ -506,8 +504,10 @@ PyMethodDef methods[] = {
     {"clear", clear, METH_NOARGS, "Takes everything out."},
     {"index", index, METH_VARARGS, "The first position of a value; ValueError if it is not there."},
     {"count", count, METH_O, "How often a value is there."},
-    {"sort", withKeywords(sort), METH_VARARGS | METH_KEYWORDS, "Sorts as list.sort does, in one transaction."},
-    {"reverse", withKeywords(reverse), METH_VARARGS | METH_KEYWORDS, "Reverses the order, in one transaction."},
+    {"sort", withKeywords(sort), METH_VARARGS | METH_KEYWORDS,
+     "Sorts as list.sort does, in one transaction."},
+    {"reverse", withKeywords(reverse), METH_VARARGS | METH_KEYWORDS,
+     "Reverses the order, in one transaction."},
     {"copy", copy, METH_NOARGS, "A plain list of what is in this one now."},
     {"keys", keys, METH_NOARGS, "The keys of a keyed list, in order."},
     {nullptr, nullptr, 0, nullptr}};
@@ -573,11 +573,15 @@ void initLists(py::module_& module) {
                           {Py_tp_methods, methods},
                           {0, nullptr}};
     listType = makeType("zelkor.List", sizeof(ListObject), list);
-    PyType_Slot iterator[] = {slot(Py_tp_dealloc, deallocIterator), slot(Py_tp_iter, PyObject_SelfIter),
-                              slot(Py_tp_iternext, nextOfList), {0, nullptr}};
+    PyType_Slot iterator[] = {slot(Py_tp_dealloc, deallocIterator),
+                              slot(Py_tp_iter, PyObject_SelfIter),
+                              slot(Py_tp_iternext, nextOfList),
+                              {0, nullptr}};
     iteratorType = makeType("zelkor.ListIterator", sizeof(ListIterator), iterator);
-    PyType_Slot results[] = {slot(Py_tp_dealloc, deallocResults), slot(Py_tp_iter, PyObject_SelfIter),
-                             slot(Py_tp_iternext, nextResult), {0, nullptr}};
+    PyType_Slot results[] = {slot(Py_tp_dealloc, deallocResults),
+                             slot(Py_tp_iter, PyObject_SelfIter),
+                             slot(Py_tp_iternext, nextResult),
+                             {0, nullptr}};
     resultsType = makeType("zelkor.Results", sizeof(Results), results);
     module.attr("List") = py::handle(reinterpret_cast<PyObject*>(listType));
 }

@@ -34,8 +34,7 @@ struct Method {
 };
 
 struct MethodObject {
-    PyObject_HEAD
-    Method method;
+    PyObject_HEAD Method method;
     PyObject* doc;
 };
 
@@ -52,7 +51,9 @@ std::string signatureText(Method const& method) {
     std::size_t const count = signature.getInputs().size();
     for (std::size_t i = 0; i < count; ++i) {
         bool const named = i < signature.getInputNames().size();
-        std::string_view name = named ? std::string_view(signature.getInputNames()[i]) : i == 0 && !method.isStatic() ? "self" : "value";
+        std::string_view name = named ? std::string_view(signature.getInputNames()[i])
+                                : i == 0 && !method.isStatic() ? "self"
+                                                               : "value";
         if (name.starts_with("opt_")) name.remove_prefix(4);
         text += (i == 0 ? "" : ", ") + snakeCase(name);
         if (i >= count - signature.getOptionalCount()) text += "=None";
@@ -64,7 +65,8 @@ Value argumentOf(PyObject* object, char const* typeName, std::string const& wher
     meta::Type const type = meta::requireType(typeName);
     if (!meta::DataType::cast(type)) return valueFromPython(object, type, where, building);
     quorl::ArrayPtr const array = arrayFromPython(object, quorl::QuorlType::parse("any"), where);
-    return brant::zero::mi::MetaMarshalerRegistry::getInstance().getPropertyMarshaler(type).fromKrelArray(array.get());
+    return brant::zero::mi::MetaMarshalerRegistry::getInstance().getPropertyMarshaler(type).fromKrelArray(
+        array.get());
 }
 
 PyObject* callOperation(Method const& method, PyObject* arguments) {
@@ -99,7 +101,8 @@ PyObject* callHost(Method const& method, PyObject* arguments) {
     Arrays const inputs(arguments, method.forms);
     bool const isStatic = method.isStatic();
     if (!isStatic && inputs.span().empty())
-        quorl::raise<quorl::messages::WrongArgumentCount>(std::string(method.name), "0", signatureText(method));
+        quorl::raise<quorl::messages::WrongArgumentCount>(std::string(method.name), "0",
+                                                          signatureText(method));
     if (!isStatic && !omIsOfClass(*inputs.span()[0], method.owner->getName()))
         failType(method.name, pythonName(method.owner->getName().text()), PyTuple_GET_ITEM(arguments, 0));
     std::string const& hostName = method.forms.front()->getName();
@@ -109,13 +112,15 @@ PyObject* callHost(Method const& method, PyObject* arguments) {
     return arrayToPython(*outputs[0]);
 }
 
-/// Keyword arguments that are no parameters are the init of what a `create_into_...` makes; those that are take their
-/// places.
+/// Keyword arguments that are no parameters are the init of what a `create_into_...` makes; those that are
+/// take their places.
 py::tuple placed(Method const& method, PyObject* arguments, PyObject* keywords) {
     auto const given = py::reinterpret_borrow<py::tuple>(arguments);
     if (keywords == nullptr || PyDict_Size(keywords) == 0) return given;
     auto const& names = method.forms.front()->getSignature()->getInputNames();
-    std::vector<py::object> places(given.begin(), given.end());
+    std::vector<py::object> places;
+    for (py::handle const one : given)
+        places.push_back(py::reinterpret_borrow<py::object>(one));
     py::dict rest;
     for (auto const& [name, value] : py::reinterpret_borrow<py::dict>(keywords)) {
         auto const word = name.cast<std::string>();
@@ -127,7 +132,8 @@ py::tuple placed(Method const& method, PyObject* arguments, PyObject* keywords) 
             rest[name] = value;
             continue;
         }
-        if (index < given.size()) throw py::type_error(std::string(method.name) + ": '" + word + "' is given twice");
+        if (index < given.size())
+            throw py::type_error(std::string(method.name) + ": '" + word + "' is given twice");
         if (places.size() <= index) places.resize(index + 1);
         places[index] = py::reinterpret_borrow<py::object>(value);
     }
@@ -135,10 +141,13 @@ py::tuple placed(Method const& method, PyObject* arguments, PyObject* keywords) 
         auto const init = std::find(names.begin(), names.end(), "opt_init");
         if (init == names.end())
             throw py::type_error(std::string(method.name) + ": there is no parameter '" +
-                                 (*rest.begin()).first.cast<std::string>() + "'; it is called as " + signatureText(method));
+                                 (*rest.begin()).first.cast<std::string>() + "'; it is called as " +
+                                 signatureText(method));
         auto const index = static_cast<std::size_t>(init - names.begin());
-        if (places.size() <= index) places.resize(index + 1);
-        else places.insert(places.begin() + static_cast<std::ptrdiff_t>(index), py::object());
+        if (places.size() <= index)
+            places.resize(index + 1);
+        else
+            places.insert(places.begin() + static_cast<std::ptrdiff_t>(index), py::object());
         places[index] = rest;
     }
     py::list filled;
@@ -151,7 +160,8 @@ PyObject* call(PyObject* self, PyObject* arguments, PyObject* keywords) {
     Method const& method = asMethod(self);
     return guarded([&] {
         py::tuple const all = placed(method, arguments, keywords);
-        return isOperationOn(method, all.ptr()) ? callOperation(method, all.ptr()) : callHost(method, all.ptr());
+        return isOperationOn(method, all.ptr()) ? callOperation(method, all.ptr())
+                                                : callHost(method, all.ptr());
     });
 }
 
@@ -182,7 +192,8 @@ PyObject* getName(PyObject* self, void*) {
     return PyUnicode_FromString(asMethod(self).name);
 }
 
-PyGetSetDef accessors[] = {{"__name__", getName, nullptr, nullptr, nullptr}, {nullptr, nullptr, nullptr, nullptr, nullptr}};
+PyGetSetDef accessors[] = {{"__name__", getName, nullptr, nullptr, nullptr},
+                           {nullptr, nullptr, nullptr, nullptr, nullptr}};
 PyMemberDef members[] = {{"__doc__", T_OBJECT, offsetof(MethodObject, doc), READONLY, nullptr},
                          {nullptr, 0, 0, 0, nullptr}};
 
@@ -201,8 +212,8 @@ void initMethods() {
     type = reinterpret_cast<PyTypeObject*>(checked(PyType_FromSpec(&spec)));
 }
 
-PyObject* makeMethod(std::vector<quorl::QuorlMethodInfo*> forms, quorl::QuorlClass& owner, OperationRow const* operation,
-                     char const* name) {
+PyObject* makeMethod(std::vector<quorl::QuorlMethodInfo*> forms, quorl::QuorlClass& owner,
+                     OperationRow const* operation, char const* name) {
     auto* const self = PyObject_New(MethodObject, type);
     if (self == nullptr) throw py::error_already_set();
     new (&self->method) Method{std::move(forms), &owner, operation, name};
@@ -218,7 +229,8 @@ Arrays::Arrays(PyObject* arguments, std::vector<quorl::QuorlMethodInfo*> const& 
         auto const index = static_cast<std::size_t>(i);
         bool const typed = forms.size() == 1 && index < forms.front()->getSignature()->getInputs().size();
         quorl::QuorlType const& wanted = typed ? forms.front()->getSignature()->getInputs()[index] : any;
-        arrays_.push_back(arrayFromPython(PyTuple_GET_ITEM(arguments, i), wanted, "argument " + std::to_string(i + 1)));
+        arrays_.push_back(
+            arrayFromPython(PyTuple_GET_ITEM(arguments, i), wanted, "argument " + std::to_string(i + 1)));
         inputs_.push_back(arrays_.back().get());
     }
 }

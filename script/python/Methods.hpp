@@ -14,8 +14,9 @@ namespace zelkor::python {
 /// Makes the type of the methods; called once.
 void initMethods();
 
-/// \returns a method by its forms in the host, which share a name. One that is an operation of elements is called by
-/// reflection, without arrays, and gives way to other threads when it searches. The name must live on. A new reference.
+/// \returns a method by its forms in the host, which share a name. One that is an operation of elements is
+/// called by reflection, without arrays, and gives way to other threads when it searches. The name must live
+/// on. A new reference.
 PyObject* makeMethod(std::vector<quorl::QuorlMethodInfo*> forms, quorl::QuorlClass& owner,
                      brant::zero::schema::OperationRow const* operation, char const* name);
 

@@ -31,7 +31,8 @@ class Level {
     explicit Level(Model model) : model_(std::move(model)) {}
 
     Level& enter() {
-        if (transaction_ || ended_) fail("WrongOrder", "a transaction is entered once; ask the model for another one");
+        if (transaction_ || ended_)
+            fail("WrongOrder", "a transaction is entered once; ask the model for another one");
         transaction_.emplace(ready(model_).beginTransaction());
         return *this;
     }
@@ -196,21 +197,28 @@ py::object verify(Model const& model) {
 } // namespace
 
 void initModel(py::module_& module) {
-    py::class_<Model>(module, "Model", "A model: the container of all elements. Lives as long as one object of it or of its elements.")
+    py::class_<Model>(
+        module, "Model",
+        "A model: the container of all elements. Lives as long as one object of it or of its elements.")
         .def(py::init([] { return zelkor::ast::Ast().getModel(); }), "Makes an empty model.")
-        .def("__eq__", [](Model const& a, py::object const& b) { return py::isinstance<Model>(b) && a == b.cast<Model>(); })
+        .def("__eq__", [](Model const& a,
+                          py::object const& b) { return py::isinstance<Model>(b) && a == b.cast<Model>(); })
         .def("__hash__", [](Model const& model) { return std::hash<Model>()(model) >> 4; })
-        .def("__repr__", [](Model const& model) {
-            return "<zelkor.Model of " + std::to_string(ready(model).size()) + " elements>";
-        })
-        .def("__len__", [](Model const& model) { return ready(model).size(); }, "How many elements it has.")
+        .def("__repr__",
+             [](Model const& model) {
+                 return "<zelkor.Model of " + std::to_string(ready(model).size()) + " elements>";
+             })
+        .def(
+            "__len__", [](Model const& model) { return ready(model).size(); }, "How many elements it has.")
         .def("__bool__", [](Model const&) { return true; })
-        .def("__contains__", [](Model const& model, py::handle element) {
-            return isElement(element.ptr()) && asElement(element.ptr()).model == model &&
-                   asElement(element.ptr()).body != nullptr && asElement(element.ptr()).body->valid();
-        })
-        .def("transaction", [](Model const& model) { return Level(model); },
-             "For `with`: what is done inside is kept at its end and taken back on an exception. Levels nest.")
+        .def("__contains__",
+             [](Model const& model, py::handle element) {
+                 return isElement(element.ptr()) && asElement(element.ptr()).model == model &&
+                        asElement(element.ptr()).body != nullptr && asElement(element.ptr()).body->valid();
+             })
+        .def(
+            "transaction", [](Model const& model) { return Level(model); },
+            "For `with`: what is done inside is kept at its end and taken back on an exception. Levels nest.")
         .def_property_readonly("elements", roots, "The elements without container.")
         .def("by_uuid", byUuid, "The element of that identity; KeyError if there is none.")
         .def("on_commit", onCommit, py::arg("function"),
@@ -236,7 +244,8 @@ void initModel(py::module_& module) {
         .def_property_readonly("properties", &Change::properties, "Names of the properties that differ.")
         .def("old", &Change::old, py::arg("name"), "The value at the start of the transaction.");
 
-    py::class_<Subscription>(module, "Subscription", "A function that is called after commits; `with` cancels it at the end.")
+    py::class_<Subscription>(module, "Subscription",
+                             "A function that is called after commits; `with` cancels it at the end.")
         .def("cancel", &Subscription::cancel)
         .def("__enter__", [](py::object self) { return self; })
         .def("__exit__", [](Subscription const& self, py::args const&) { self.cancel(); });

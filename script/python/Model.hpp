@@ -10,5 +10,6 @@ namespace zelkor::python {
 void initModel(py::module_& module);
 void initIo(py::module_& module);
 void initFind(py::module_& module);
+void initDictionary(py::module_& module);
 
 } // namespace zelkor::python

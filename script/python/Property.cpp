@@ -13,8 +13,7 @@ namespace zelkor::python {
 namespace {
 
 struct PropertyObject {
-    PyObject_HEAD
-    quorl::QuorlPropInfo const* info;
+    PyObject_HEAD quorl::QuorlPropInfo const* info;
     PropertyRow const* row;
     char const* name;
     PyObject* doc;
@@ -60,7 +59,8 @@ PyObject* get(PyObject* self, PyObject* object, PyObject* owner) {
 int set(PyObject* self, PyObject* object, PyObject* value) {
     PropertyObject const& property = asProperty(self);
     return guarded(-1, [&] {
-        if (value == nullptr) fail("NotDeletable", std::string("the property '") + property.name + "' cannot be deleted");
+        if (value == nullptr)
+            fail("NotDeletable", std::string("the property '") + property.name + "' cannot be deleted");
         if (property.row == nullptr) {
             writeValueObject(object, *property.info, value);
             return 0;
@@ -77,7 +77,8 @@ int set(PyObject* self, PyObject* object, PyObject* value) {
 PyObject* represent(PyObject* self) {
     PropertyObject const& property = asProperty(self);
     return guarded([&] {
-        std::string const owner = property.row == nullptr ? std::string() : std::string(property.row->owner->shortName) + '.';
+        std::string const owner =
+            property.row == nullptr ? std::string() : std::string(property.row->owner->shortName) + '.';
         return py::str("<property " + owner + property.name + '>').release().ptr();
     });
 }
@@ -88,7 +89,8 @@ PyObject* getName(PyObject* self, void*) {
 
 PyMemberDef members[] = {{"__doc__", T_OBJECT, offsetof(PropertyObject, doc), READONLY, nullptr},
                          {nullptr, 0, 0, 0, nullptr}};
-PyGetSetDef accessors[] = {{"__name__", getName, nullptr, nullptr, nullptr}, {nullptr, nullptr, nullptr, nullptr, nullptr}};
+PyGetSetDef accessors[] = {{"__name__", getName, nullptr, nullptr, nullptr},
+                           {nullptr, nullptr, nullptr, nullptr, nullptr}};
 
 } // namespace
 
@@ -106,7 +108,8 @@ void initProperty(py::module_& module) {
     module.attr("Property") = py::handle(reinterpret_cast<PyObject*>(type));
 }
 
-PyObject* makeProperty(quorl::QuorlPropInfo const& info, PropertyRow const* row, char const* name, PyObject* doc) {
+PyObject* makeProperty(quorl::QuorlPropInfo const& info, PropertyRow const* row, char const* name,
+                       PyObject* doc) {
     auto* const self = PyObject_New(PropertyObject, type);
     if (self == nullptr) throw py::error_already_set();
     self->info = &info;
@@ -118,9 +121,7 @@ PyObject* makeProperty(quorl::QuorlPropInfo const& info, PropertyRow const* row,
 
 void setProperty(PyObject* object, PyObject* descriptor, PyObject* value, Building& building) {
     PropertyObject const& property = asProperty(descriptor);
-    if (property.info->isReadOnly())
-        brant::zero::reportException(
-            brant0::messages::CannotSetReadOnlyProperty(brant::zero::toUtf16(placeOf(*property.row)).value()));
+    if (property.info->isReadOnly()) failReadOnly(*property.row);
     writeProperty(object, *property.row, value, building);
 }
 

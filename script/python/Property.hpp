@@ -9,9 +9,11 @@
 
 namespace zelkor::python {
 
-/// \returns a descriptor. With a row, values go straight between the element's field and Python; without one, as
-/// properties of value objects have none, through an array of the host. The name must live on. A new reference.
-PyObject* makeProperty(quorl::QuorlPropInfo const& info, PropertyRow const* row, char const* name, PyObject* doc);
+/// \returns a descriptor. With a row, values go straight between the element's field and Python; without one,
+/// as properties of value objects have none, through an array of the host. The name must live on. A new
+/// reference.
+PyObject* makeProperty(quorl::QuorlPropInfo const& info, PropertyRow const* row, char const* name,
+                       PyObject* doc);
 
 /// Makes the type of the descriptors; called once.
 void initProperty(py::module_& module);

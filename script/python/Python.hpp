@@ -13,8 +13,8 @@ namespace zelkor::python {
 
 namespace py = pybind11;
 
-/// Turns the exception that is being handled into Python's error: an `Error` of the package for what the library
-/// reports, Python's own for what came from Python.
+/// Turns the exception that is being handled into Python's error: an `Error` of the package for what the
+/// library reports, Python's own for what came from Python.
 void raiseCurrent() noexcept;
 
 /// Runs `body` for a slot of a C type. \returns what it returns, or `failed` with Python's error set.
@@ -51,7 +51,8 @@ inline py::object owned(PyObject* object) {
     return py::reinterpret_steal<py::object>(checked(object));
 }
 
-/// Gives back the memory of an object of a type that was made at run time, and the object's count on its type.
+/// Gives back the memory of an object of a type that was made at run time, and the object's count on its
+/// type.
 inline void freeObject(PyObject* self) noexcept {
     PyTypeObject* const type = Py_TYPE(self);
     PyObject_Free(self);

@@ -51,7 +51,9 @@ py::object termOf(Place place) {
 
 /// \returns the term of a property of what the relation leads to.
 py::object follow(Place const& from, PropertyRow const& row, std::string const& name) {
-    if (!hasTerm(row)) fail("InvalidArgument", from.text + "." + name + " is computed or a list of values: no query can ask it");
+    if (!hasTerm(row))
+        fail("InvalidArgument",
+             from.text + "." + name + " is computed or a list of values: no query can ask it");
     query::requireSingle(from.last);
     query::requireSubject(from.target(), *row.owner);
     Place longer{from.path, {&row, &from.target(), nullptr}, from.text + '.' + name};
@@ -63,16 +65,18 @@ py::object followName(RelationTerm const& self, std::string const& name) {
     ElementClass const* const entry = Types::get().find(self.place.target());
     if (name.starts_with("__") || entry == nullptr) throw py::attribute_error(name);
     if (!entry->properties.contains(name.c_str()))
-        fail("NoSuchAttribute", self.place.text + ": " + entry->type->tp_name + " has no property '" + name + "'" +
-                                    suggestion(name, entry->names));
+        fail("NoSuchAttribute", self.place.text + ": " + entry->type->tp_name + " has no property '" + name +
+                                    "'" + suggestion(name, entry->names));
     py::object const descriptor = entry->properties[name.c_str()];
     return follow(self.place, *rowOf(descriptor.ptr()), name);
 }
 
 py::object then(RelationTerm const& self, py::object const& term) {
     bool const relation = py::isinstance<RelationTerm>(term);
-    if (!relation && !py::isinstance<AttributeTerm>(term)) failType(self.place.text + ".then", "a term", term.ptr());
-    Place const& rest = relation ? term.cast<RelationTerm const&>().place : term.cast<AttributeTerm const&>().place;
+    if (!relation && !py::isinstance<AttributeTerm>(term))
+        failType(self.place.text + ".then", "a term", term.ptr());
+    Place const& rest =
+        relation ? term.cast<RelationTerm const&>().place : term.cast<AttributeTerm const&>().place;
     query::requireSingle(self.place.last);
     query::Step const& first = rest.path.empty() ? rest.last : rest.path.front();
     query::requireSubject(self.place.target(), *first.row->owner);
@@ -97,7 +101,8 @@ Condition conditionOf(py::handle object, py::handle type, std::string const& whe
     failType(where, "a condition, such as Function.name == 'f'", object.ptr());
 }
 
-Condition const* optionalCondition(RelationTerm const& self, py::handle object, std::optional<Condition>& held) {
+Condition const* optionalCondition(RelationTerm const& self, py::handle object,
+                                   std::optional<Condition>& held) {
     if (object.is_none()) return nullptr;
     py::handle const type = reinterpret_cast<PyObject*>(Types::get().typeOf(self.place.target()));
     held = conditionOf(object, type, self.place.text);
@@ -120,8 +125,9 @@ CountTerm counted(RelationTerm const& self, py::handle object) {
 template <class T, class Compare>
 void defineComparisons(py::class_<T>& type, Compare const& compare) {
     static constexpr std::pair<char const*, Comparison> operations[] = {
-        {"__eq__", Comparison::Equal},     {"__ne__", Comparison::NotEqual}, {"__lt__", Comparison::Less},
-        {"__le__", Comparison::LessEqual}, {"__gt__", Comparison::Greater},  {"__ge__", Comparison::GreaterEqual}};
+        {"__eq__", Comparison::Equal},   {"__ne__", Comparison::NotEqual},
+        {"__lt__", Comparison::Less},    {"__le__", Comparison::LessEqual},
+        {"__gt__", Comparison::Greater}, {"__ge__", Comparison::GreaterEqual}};
     for (auto const& [name, operation] : operations)
         type.def(name, [compare, operation = operation](T const& self, py::handle value) {
             return compare(self, operation, value.ptr());
@@ -144,7 +150,8 @@ Condition compareRelation(RelationTerm const& self, Comparison operation, PyObje
 
 /// A condition is no truth value: `and`, `or` and `not` would drop a part of it without a word.
 bool refuseTruth(Condition const& condition) {
-    fail("InvalidArgument", condition.text() + " is a condition; put conditions together with &, | and ~, each in brackets");
+    fail("InvalidArgument",
+         condition.text() + " is a condition; put conditions together with &, | and ~, each in brackets");
 }
 
 /// The elements of a class below an element or in a model that meet the conditions.
@@ -213,7 +220,8 @@ class Query {
     /// Hands the hits to `take`, until it returns false, without the interpreter's lock.
     template <class Take>
     void run(Take const& take) const {
-        if (auto const* const element = std::get_if<ModelElement>(&root_)) (void)element->uuid(); // throws when dead
+        if (auto const* const element = std::get_if<ModelElement>(&root_))
+            (void)element->uuid(); // throws when dead
         query::WalkPlan const& plan = query::WalkPlan::of(*wanted_->table);
         Unlocked const unlocked(model_);
         query::Walk walk = start(plan);
@@ -238,13 +246,15 @@ class Query {
 
 Query makeQuery(py::handle root, py::handle type) {
     ElementClass const& wanted = classOf(type, "query");
-    if (isElement(root.ptr())) return {ModelElement(&bodyOf(asElement(root.ptr()))), asElement(root.ptr()).model, wanted};
+    if (isElement(root.ptr()))
+        return {ModelElement(&bodyOf(asElement(root.ptr()))), asElement(root.ptr()).model, wanted};
     Model const model = modelOf(root.ptr(), "query");
     return {model, model, wanted};
 }
 
 void defineTerms(py::module_& module) {
-    py::class_<AttributeTerm> attribute(module, "AttributeTerm", "A property of elements that a query compares.");
+    py::class_<AttributeTerm> attribute(module, "AttributeTerm",
+                                        "A property of elements that a query compares.");
     defineComparisons(attribute, [](AttributeTerm const& self, Comparison operation, PyObject* value) {
         return compareAttribute(self.place, operation, value);
     });
@@ -256,10 +266,13 @@ void defineTerms(py::module_& module) {
     text("startswith", query::TextTest::StartsWith);
     text("endswith", query::TextTest::EndsWith);
     text("contains", query::TextTest::Contains);
-    attribute.def("matches", [](AttributeTerm const& self, std::string const& pattern) { return matchText(self.place, pattern); });
+    attribute.def("matches", [](AttributeTerm const& self, std::string const& pattern) {
+        return matchText(self.place, pattern);
+    });
     attribute.def("__repr__", [](AttributeTerm const& self) { return self.place.text; });
 
-    py::class_<RelationTerm> relation(module, "RelationTerm", "A reference of elements that a query follows.");
+    py::class_<RelationTerm> relation(module, "RelationTerm",
+                                      "A reference of elements that a query follows.");
     defineComparisons(relation, compareRelation);
     py::arg_v const optional = py::arg("condition") = py::none();
     relation.def("any", quantified(query::Quantifier::Any, "any"), optional);
@@ -273,13 +286,15 @@ void defineTerms(py::module_& module) {
     relation.def("is_exactly", [](RelationTerm const& self, py::handle type) {
         return testClass(self.place, *classOf(type, self.place.text).table, true, shortName(type.ptr()));
     });
-    relation.def("is_null", [](RelationTerm const& self) { return compareRelation(self, Comparison::Equal, Py_None); });
+    relation.def("is_null",
+                 [](RelationTerm const& self) { return compareRelation(self, Comparison::Equal, Py_None); });
     relation.def("as_", narrowed);
     relation.def("then", then);
     relation.def("__getattr__", followName);
     relation.def("__repr__", [](RelationTerm const& self) { return self.place.text; });
 
-    py::class_<CountTerm> count(module, "CountTerm", "How many elements a reference has; compare it with a number.");
+    py::class_<CountTerm> count(module, "CountTerm",
+                                "How many elements a reference has; compare it with a number.");
     defineComparisons(count, compareCount);
     count.def("__repr__", [](CountTerm const& self) { return self.place.text + ".count()"; });
 }
@@ -290,11 +305,14 @@ PyObject* makeTerm(PropertyRow const& row, PyObject* owner, PyObject* descriptor
     if (!hasTerm(row)) return py::reinterpret_borrow<py::object>(descriptor).release().ptr();
     ElementClass const* const entry = Types::get().find(reinterpret_cast<PyTypeObject*>(owner));
     ClassTable const* const written = entry == nullptr ? row.owner : entry->table;
-    return termOf({{}, {&row, written, nullptr}, shortName(owner) + '.' + snakeCase(row.name)}).release().ptr();
+    return termOf({{}, {&row, written, nullptr}, shortName(owner) + '.' + snakeCase(row.name)})
+        .release()
+        .ptr();
 }
 
 void initQuery(py::module_& module) {
-    py::class_<Condition> condition(module, "Condition", "What a query asks of elements. Put together with & | ~.");
+    py::class_<Condition> condition(module, "Condition",
+                                    "What a query asks of elements. Put together with & | ~.");
     condition.def("__and__", &Condition::both)
         .def("__or__", &Condition::either)
         .def("__invert__", &Condition::negated)
@@ -314,7 +332,8 @@ void initQuery(py::module_& module) {
         "is_a",
         [](py::handle type) { return isOfClass(*classOf(type, "is_a").table, shortName(type.ptr())); },
         "The condition that an element is of a class.");
-    py::class_<Query> queries(module, "Query", "The elements of a class that meet conditions, in the order of containment.");
+    py::class_<Query> queries(module, "Query",
+                              "The elements of a class that meet conditions, in the order of containment.");
     queries.def(py::init(&makeQuery), py::arg("root"), py::arg("type"))
         .def("where", &Query::where, "The same query with further conditions; all of them must hold.")
         .def("exactly", &Query::exactly, "The same query without elements of subclasses.")

@@ -6,8 +6,8 @@
 
 namespace zelkor::python {
 
-/// \returns what a property is when it is read on a class: a term, or the descriptor itself where queries have no
-/// term. A new reference.
+/// \returns what a property is when it is read on a class: a term, or the descriptor itself where queries
+/// have no term. A new reference.
 PyObject* makeTerm(PropertyRow const& row, PyObject* owner, PyObject* descriptor);
 
 /// Makes the classes of terms, conditions and queries; called once.

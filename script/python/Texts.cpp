@@ -23,9 +23,7 @@ bool beginsWord(std::string_view name, std::size_t i) {
 }
 
 bool isKeyword(std::string const& word) {
-    static py::object const test =
-        py::reinterpret_borrow<py::object>(py::module_::import("keyword").attr("iskeyword").release());
-    return test(word).cast<bool>();
+    return py::module_::import("keyword").attr("iskeyword")(word).cast<bool>();
 }
 
 /// \returns the value itself, or the text of a path; null for all else.
@@ -53,7 +51,8 @@ std::string snakeCase(std::string_view name) {
 
 std::string pythonName(std::string_view hostName) {
     for (auto const& [prefix, shown] :
-         {std::pair<std::string_view, std::string_view>{"internal.zelkor", "zelkor"}, {"brant.zero", "zelkor"}})
+         {std::pair<std::string_view, std::string_view>{"internal.zelkor", "zelkor"},
+          {"brant.zero", "zelkor"}})
         if (hostName.starts_with(prefix) &&
             (hostName.size() == prefix.size() || hostName[prefix.size()] == '.'))
             return std::string(shown) + std::string(hostName.substr(prefix.size()));
@@ -94,8 +93,7 @@ std::string bytesOf(PyObject* value, std::string const& where) {
 std::u16string textOf(PyObject* value, std::string const& where) {
     py::object text = textOrPath(value);
     if (!text || PyBytes_Check(text.ptr())) failType(where, "str", value);
-    py::object const units =
-        owned(PyUnicode_AsEncodedString(text.ptr(), "utf-16-le", "surrogatepass"));
+    py::object const units = owned(PyUnicode_AsEncodedString(text.ptr(), "utf-16-le", "surrogatepass"));
     std::size_t const size = static_cast<std::size_t>(PyBytes_GET_SIZE(units.ptr()));
     std::u16string result(size / sizeof(char16_t), u'\0');
     std::copy_n(PyBytes_AS_STRING(units.ptr()), size, reinterpret_cast<char*>(result.data()));

@@ -9,9 +9,10 @@
 
 namespace zelkor::python {
 
-/// \returns the Python name of a member: words in lower case, joined by underscores, and an underscore behind a word
-/// that the language has taken. A word begins at a capital behind a small letter or digit, and at the last capital of
-/// a row of them when a small letter follows: `NumBits` num_bits, `SSizeTypeKind` s_size_type_kind.
+/// \returns the Python name of a member: words in lower case, joined by underscores, and an underscore behind
+/// a word that the language has taken. A word begins at a capital behind a small letter or digit, and at the
+/// last capital of a row of them when a small letter follows: `NumBits` num_bits, `SSizeTypeKind`
+/// s_size_type_kind.
 std::string snakeCase(std::string_view name);
 /// \returns the name, with an underscore behind it when it is a word of the language.
 std::string identifier(std::string name);
@@ -24,12 +25,14 @@ PyObject* toPython(std::string const& text);
 /// \returns a `str`; lone surrogates stay what they are. A new reference.
 PyObject* toPython(std::u16string const& text);
 
-/// \returns the bytes of a `str` in UTF-8, of `bytes` or of a path. `where` names the property in the failure.
+/// \returns the bytes of a `str` in UTF-8, of `bytes` or of a path. `where` names the property in the
+/// failure.
 std::string bytesOf(PyObject* value, std::string const& where);
 /// \returns the UTF-16 of a `str` or path.
 std::u16string textOf(PyObject* value, std::string const& where);
 
-/// \returns the part of a message that names the nearest of the names, if one is near: "; did you mean 'name'?".
+/// \returns the part of a message that names the nearest of the names, if one is near: "; did you mean
+/// 'name'?".
 std::string suggestion(std::string const& name, py::list const& names);
 
 } // namespace zelkor::python

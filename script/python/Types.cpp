@@ -33,7 +33,8 @@ std::int64_t EnumClass::value(PyObject* object, std::string const& where) const 
     bool const known = overflow == 0 && std::any_of(members.begin(), members.end(),
                                                     [&](auto const& entry) { return entry.first == number; });
     if (!known)
-        fail("InvalidValue", where + ": " + py::repr(object).cast<std::string>() + " is the number of no literal of " +
+        fail("InvalidValue", where + ": " + py::repr(object).cast<std::string>() +
+                                 " is the number of no literal of " +
                                  type.attr("__name__").cast<std::string>());
     return number;
 }
@@ -73,7 +74,8 @@ ElementClass* Types::find(ClassTable const& table) const {
 EnumClass const& Types::enumOf(brant::zero::schema::EnumTable const& table) const {
     EnumClass const*& found = byEnumTable_[&table];
     if (found == nullptr) found = findEnum(table.scriptName);
-    if (found == nullptr) fail("Failure", std::string("the host does not know the enumeration ") + table.scriptName);
+    if (found == nullptr)
+        fail("Failure", std::string("the host does not know the enumeration ") + table.scriptName);
     return *found;
 }
 

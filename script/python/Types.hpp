@@ -16,7 +16,7 @@ namespace zelkor::python {
 
 /// The Python side of an enumeration.
 struct EnumClass {
-    py::object type;                                         ///< an IntEnum
+    py::object type;                                          ///< an IntEnum
     std::vector<std::pair<std::int64_t, py::object>> members; ///< by value
 
     /// \returns the literal of that number, or the plain number when none has it.

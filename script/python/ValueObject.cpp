@@ -15,8 +15,7 @@ namespace zelkor::python {
 namespace {
 
 struct ValueObject {
-    PyObject_HEAD
-    quorl::ObjectRef object;
+    PyObject_HEAD quorl::ObjectRef object;
 };
 
 quorl::ObjectRef& refOf(PyObject* self) {
@@ -35,8 +34,8 @@ PyObject* wrapAs(PyTypeObject* type, quorl::ObjectRef object) {
     return reinterpret_cast<PyObject*>(self);
 }
 
-/// Positional arguments go to the constructor, keyword arguments set properties: those of a value class depend on
-/// nothing but the value.
+/// Positional arguments go to the constructor, keyword arguments set properties: those of a value class
+/// depend on nothing but the value.
 PyObject* create(PyTypeObject* type, PyObject* arguments, PyObject* keywords) {
     return guarded([&] {
         quorl::QuorlClass* const quorlClass = quorlClassOf(type);

@@ -7,6 +7,7 @@
 #include <brant/zero/Collection.hpp>
 #include <brant/zero/Exceptions.hpp>
 #include <brant/zero/Primitive.hpp>
+#include <brant/zero/Text.hpp>
 #include <brant/zero/meta/MetaRegistry.hpp>
 #include <brant/zero/meta/Names.hpp>
 
@@ -28,8 +29,8 @@ std::int64_t signedOf(PyObject* object, std::string const& where, std::int64_t l
     int overflow = 0;
     std::int64_t const number = PyLong_AsLongLongAndOverflow(object, &overflow);
     if (overflow != 0 || number < low || number > high)
-        fail("InvalidValue", where + ": the number must lie between " + std::to_string(low) + " and " +
-                                 std::to_string(high));
+        fail("InvalidValue",
+             where + ": the number must lie between " + std::to_string(low) + " and " + std::to_string(high));
     return number;
 }
 
@@ -44,7 +45,8 @@ std::uint64_t unsignedOf(PyObject* object, std::string const& where, std::uint64
 }
 
 double realOf(PyObject* object, std::string const& where) {
-    if (!PyFloat_Check(object) && (!PyLong_Check(object) || PyBool_Check(object))) failType(where, "float", object);
+    if (!PyFloat_Check(object) && (!PyLong_Check(object) || PyBool_Check(object)))
+        failType(where, "float", object);
     double const number = PyFloat_AsDouble(object);
     if (number == -1.0 && PyErr_Occurred() != nullptr) {
         PyErr_Clear();
@@ -87,17 +89,19 @@ void writeAttribute(Body& body, PropertyRow const& row, PyObject* value) {
     case ValueKind::Boolean:
         return Core::setBoolean(body, row, truthOf(value, where));
     case ValueKind::Integer:
-        return Core::setWord(body, row,
-                             static_cast<std::uint32_t>(signedOf(value, where, std::numeric_limits<std::int32_t>::min(),
-                                                                 std::numeric_limits<std::int32_t>::max())));
+        return Core::setWord(
+            body, row,
+            static_cast<std::uint32_t>(signedOf(value, where, std::numeric_limits<std::int32_t>::min(),
+                                                std::numeric_limits<std::int32_t>::max())));
     case ValueKind::UnlimitedNatural:
-        return Core::setWord(body, row,
-                             static_cast<std::uint32_t>(
-                                 unsignedOf(value, where, std::numeric_limits<std::uint32_t>::max())));
+        return Core::setWord(
+            body, row,
+            static_cast<std::uint32_t>(unsignedOf(value, where, std::numeric_limits<std::uint32_t>::max())));
     case ValueKind::Integer64:
-        return Core::setLong(body, row,
-                             static_cast<std::uint64_t>(signedOf(value, where, std::numeric_limits<std::int64_t>::min(),
-                                                                 std::numeric_limits<std::int64_t>::max())));
+        return Core::setLong(
+            body, row,
+            static_cast<std::uint64_t>(signedOf(value, where, std::numeric_limits<std::int64_t>::min(),
+                                                std::numeric_limits<std::int64_t>::max())));
     case ValueKind::UInteger64:
         return Core::setLong(body, row, unsignedOf(value, where, std::numeric_limits<std::uint64_t>::max()));
     case ValueKind::Real:
@@ -108,8 +112,8 @@ void writeAttribute(Body& body, PropertyRow const& row, PyObject* value) {
     case ValueKind::StdString:
         return Core::setStdString(body, row, bytesOf(value, where));
     default:
-        return Core::setWord(body, row,
-                             static_cast<std::uint32_t>(Types::get().enumOf(*row.enumeration).value(value, where)));
+        return Core::setWord(
+            body, row, static_cast<std::uint32_t>(Types::get().enumOf(*row.enumeration).value(value, where)));
     }
 }
 
@@ -171,12 +175,12 @@ Value primitiveFromPython(PyObject* object, meta::Type const& type, std::string 
             type, ValueFlags::One,
             static_cast<unsigned int>(unsignedOf(object, where, std::numeric_limits<unsigned int>::max())));
     if (name == u"Integer64")
-        return Value::own<long>(type, ValueFlags::One,
-                                signedOf(object, where, std::numeric_limits<long>::min(),
-                                         std::numeric_limits<long>::max()));
+        return Value::own<long>(
+            type, ValueFlags::One,
+            signedOf(object, where, std::numeric_limits<long>::min(), std::numeric_limits<long>::max()));
     if (name == u"UInteger64")
-        return Value::own<unsigned long>(type, ValueFlags::One,
-                                         unsignedOf(object, where, std::numeric_limits<unsigned long>::max()));
+        return Value::own<unsigned long>(
+            type, ValueFlags::One, unsignedOf(object, where, std::numeric_limits<unsigned long>::max()));
     if (name == u"Real") return Value::own<double>(type, ValueFlags::One, realOf(object, where));
     if (name == u"String") return Value::own<std::u16string>(type, ValueFlags::One, textOf(object, where));
     return Value::own<std::string>(type, ValueFlags::One, bytesOf(object, where));
@@ -189,12 +193,14 @@ EnumClass const& enumOf(meta::Enum const& type) {
 
 /// A Python class stands for the meta object that describes it.
 Body* describedClass(PyObject* object, meta::Type const& type) {
-    if (!PyType_Check(object) || brant::zero::meta::qualifiedNameUtf8(type) != "brant.zero.meta.Class") return nullptr;
+    if (!PyType_Check(object) || brant::zero::meta::qualifiedNameUtf8(type) != "brant.zero.meta.Class")
+        return nullptr;
     ElementClass const* const entry = Types::get().find(reinterpret_cast<PyTypeObject*>(object));
     return entry == nullptr ? nullptr : entry->table->metaClass().get();
 }
 
-Body& elementOfClass(PyObject* object, ClassTable const& table, std::string const& where, Building& building) {
+Body& elementOfClass(PyObject* object, ClassTable const& table, std::string const& where,
+                     Building& building) {
     if (!isElement(object)) failType(where, pythonName(table.scriptName), object);
     Body& body = building.materialise(object);
     if (!body.classTable().conformsTo(table)) failType(where, pythonName(table.scriptName), object);
@@ -203,7 +209,8 @@ Body& elementOfClass(PyObject* object, ClassTable const& table, std::string cons
 
 PyObject* one(Value const& value) {
     meta::Type const type = value.getType();
-    if (auto const primitive = meta::PrimitiveType::cast(type)) return primitiveToPython(value, primitive.getName());
+    if (auto const primitive = meta::PrimitiveType::cast(type))
+        return primitiveToPython(value, primitive.getName());
     if (auto const enumeration = meta::Enum::cast(type)) {
         auto const* const table = enumeration.get()->description<brant::zero::schema::EnumTable>();
         return enumOf(enumeration).member(static_cast<std::int64_t>(value.getEnumerationWord(*table)));
@@ -229,11 +236,17 @@ std::string placeOf(PropertyRow const& row) {
     return (row.owner == nullptr ? std::string() : std::string(row.owner->shortName) + ".") + row.name;
 }
 
+void failReadOnly(PropertyRow const& row) {
+    brant::zero::reportException(
+        brant0::messages::CannotSetReadOnlyProperty(brant::zero::toUtf16(placeOf(row)).value()));
+}
+
 brant::zero::uuid uuidOf(PyObject* object, std::string const& where) {
     std::string const text = py::str(py::handle(object)).cast<std::string>();
     brant::zero::uuid identity{};
     if (!brant::zero::parseUuid(text, identity))
-        fail("InvalidValue", where + ": '" + text + "' is no identity; give a uuid.UUID or its canonical text");
+        fail("InvalidValue",
+             where + ": '" + text + "' is no identity; give a uuid.UUID or its canonical text");
     return identity;
 }
 
@@ -267,8 +280,7 @@ void writeProperty(PyObject* object, PropertyRow const& row, PyObject* value, Bu
                                   value == Py_None ? nullptr : &memberFromPython(value, row, building));
     case PropertyKind::View:
     case PropertyKind::Derived:
-        brant::zero::reportException(
-            brant0::messages::CannotSetReadOnlyProperty(brant::zero::toUtf16(placeOf(row)).value()));
+        failReadOnly(row);
     default:
         return replaceContent(body, row, value, building);
     }
@@ -287,10 +299,12 @@ PyObject* valueToPython(Value const& value) {
     return value.flags() == ValueFlags::One ? one(value) : listOf(value.extract());
 }
 
-Value valueFromPython(PyObject* object, meta::Type const& type, std::string const& where, Building& building) {
+Value valueFromPython(PyObject* object, meta::Type const& type, std::string const& where,
+                      Building& building) {
     if (meta::PrimitiveType::cast(type)) return primitiveFromPython(object, type, where);
     if (auto const enumeration = meta::Enum::cast(type))
-        return Value(type, static_cast<unsigned long>(enumOf(enumeration).value(object, where)), ValueFlags::One);
+        return Value(type, static_cast<unsigned long>(enumOf(enumeration).value(object, where)),
+                     ValueFlags::One);
     auto const wanted = meta::Class::cast(type);
     if (!wanted) failType(where, meta::qualifiedNameUtf8(type), object);
     if (object == Py_None) return Value::own<ModelElement>(type, ValueFlags::One, ModelElement());

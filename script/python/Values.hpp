@@ -10,7 +10,8 @@
 
 namespace zelkor::python {
 
-/// \returns the value of a property, of a collection the list that shows it. A new reference. `object` is the element.
+/// \returns the value of a property, of a collection the list that shows it. A new reference. `object` is the
+/// element.
 PyObject* readProperty(PyObject* object, PropertyRow const& row);
 /// Sets a property as its typed setter does; a collection has its content replaced by what an iterable gives.
 /// \requires `building` to be about the element's model.
@@ -19,13 +20,15 @@ void writeProperty(PyObject* object, PropertyRow const& row, PyObject* value, Bu
 /// \returns a value as Python sees it: elements, numbers, texts, literals, lists of them. A new reference.
 PyObject* valueToPython(brant::zero::Value const& value);
 /// \returns one value of a type. `where` names it in a failure.
-brant::zero::Value valueFromPython(PyObject* object, brant::zero::meta::Type const& type, std::string const& where,
-                                   Building& building);
+brant::zero::Value valueFromPython(PyObject* object, brant::zero::meta::Type const& type,
+                                   std::string const& where, Building& building);
 
 /// \returns the element that stands for a member of a property, made if it is pending.
 Body& memberFromPython(PyObject* object, PropertyRow const& row, Building& building);
 /// \returns the identity that a uuid.UUID or its text gives.
 brant::zero::uuid uuidOf(PyObject* object, std::string const& where);
+/// \throws CannotSetReadOnlyProperty.
+[[noreturn]] void failReadOnly(PropertyRow const& row);
 /// \returns "Function.Name".
 std::string placeOf(PropertyRow const& row);
 
