@@ -2,6 +2,7 @@
 
 #include "Arrays.hpp"
 #include "Element.hpp"
+#include "Property.hpp"
 #include "Texts.hpp"
 #include "Types.hpp"
 #include "ValueObject.hpp"
@@ -14,6 +15,7 @@
 
 #include <structmember.h>
 
+#include <algorithm>
 #include <new>
 #include <optional>
 
@@ -21,6 +23,7 @@ namespace zelkor::python {
 
 using brant::zero::Value;
 using brant::zero::schema::OperationRow;
+using quorl::QuorlClass;
 namespace meta = brant::zero::meta;
 
 namespace {
@@ -112,54 +115,66 @@ PyObject* callHost(Method const& method, PyObject* arguments) {
     return arrayToPython(*outputs[0]);
 }
 
-/// Keyword arguments that are no parameters are the init of what a `create_into_...` makes; those that are
-/// take their places.
-py::tuple placed(Method const& method, PyObject* arguments, PyObject* keywords) {
-    auto const given = py::reinterpret_borrow<py::tuple>(arguments);
-    if (keywords == nullptr || PyDict_Size(keywords) == 0) return given;
+/// \returns the values with the model's own names for the properties of what the method makes.
+py::dict hostFields(Method const& method, py::dict const& values) {
+    auto const& outputs = method.forms.front()->getSignature()->getOutputs();
+    QuorlClass* const made = outputs.empty() ? nullptr : QuorlClass::getClass(outputs.front().getClassName());
+    ElementClass const* const entry = made == nullptr ? nullptr : Types::get().find(*made);
+    py::dict fields;
+    for (auto const& [name, value] : values) {
+        PropertyRow const* const row = entry != nullptr && entry->properties.contains(name)
+                                           ? rowOf(py::object(entry->properties[name]).ptr())
+                                           : nullptr;
+        fields[row == nullptr ? py::reinterpret_borrow<py::object>(name) : py::str(row->name)] = value;
+    }
+    return fields;
+}
+
+/// \returns the arguments by position, null where none is given. Keyword arguments that are no parameters are
+/// the init of what a `create_into_...` makes.
+std::vector<py::object> placed(Method const& method, py::tuple const& given, py::dict const& keywords) {
     auto const& names = method.forms.front()->getSignature()->getInputNames();
-    std::vector<py::object> places;
-    for (py::handle const one : given)
-        places.push_back(py::reinterpret_borrow<py::object>(one));
+    std::vector<py::object> places(std::max(names.size(), given.size()));
+    for (std::size_t i = 0; i < given.size(); ++i)
+        places[i] = given[i];
     py::dict rest;
-    for (auto const& [name, value] : py::reinterpret_borrow<py::dict>(keywords)) {
-        auto const word = name.cast<std::string>();
+    auto const place = [&](std::string const& word, py::object value) {
         auto const at = std::find_if(names.begin(), names.end(), [&](std::string const& known) {
             return known == word || snakeCase(known) == word || known == "opt_" + word;
         });
-        auto const index = static_cast<std::size_t>(at - names.begin());
-        if (at == names.end()) {
-            rest[name] = value;
-            continue;
-        }
-        if (index < given.size())
-            throw py::type_error(std::string(method.name) + ": '" + word + "' is given twice");
-        if (places.size() <= index) places.resize(index + 1);
-        places[index] = py::reinterpret_borrow<py::object>(value);
-    }
-    if (!rest.empty()) {
-        auto const init = std::find(names.begin(), names.end(), "opt_init");
-        if (init == names.end())
-            throw py::type_error(std::string(method.name) + ": there is no parameter '" +
-                                 (*rest.begin()).first.cast<std::string>() + "'; it is called as " +
-                                 signatureText(method));
-        auto const index = static_cast<std::size_t>(init - names.begin());
-        if (places.size() <= index)
-            places.resize(index + 1);
-        else
-            places.insert(places.begin() + static_cast<std::ptrdiff_t>(index), py::object());
-        places[index] = rest;
-    }
-    py::list filled;
-    for (py::object const& place : places)
-        if (place) filled.append(place);
-    return py::tuple(filled);
+        if (at == names.end()) return false;
+        py::object& slot = places[static_cast<std::size_t>(at - names.begin())];
+        if (slot) throw py::type_error(std::string(method.name) + ": '" + word + "' is given twice");
+        slot = std::move(value);
+        return true;
+    };
+    for (auto const& [name, value] : keywords)
+        if (!place(name.cast<std::string>(), py::reinterpret_borrow<py::object>(value))) rest[name] = value;
+    if (rest.empty()) return places;
+    if (std::find(names.begin(), names.end(), "opt_init") == names.end())
+        throw py::type_error(std::string(method.name) + ": there is no parameter '" +
+                             (*rest.begin()).first.cast<std::string>() + "'; it is called as " +
+                             signatureText(method));
+    place("init", rest);
+    return places;
+}
+
+py::tuple argumentsOf(Method const& method, PyObject* arguments, PyObject* keywords) {
+    auto const given = py::reinterpret_borrow<py::tuple>(arguments);
+    py::dict const named = keywords == nullptr ? py::dict() : py::reinterpret_borrow<py::dict>(keywords);
+    bool const plain = named.empty() && std::none_of(given.begin(), given.end(),
+                                                     [](py::handle one) { return PyDict_Check(one.ptr()); });
+    if (plain) return given;
+    py::list all;
+    for (py::object const& one : placed(method, given, named))
+        if (one) all.append(py::isinstance<py::dict>(one) ? hostFields(method, one) : one);
+    return py::tuple(all);
 }
 
 PyObject* call(PyObject* self, PyObject* arguments, PyObject* keywords) {
     Method const& method = asMethod(self);
     return guarded([&] {
-        py::tuple const all = placed(method, arguments, keywords);
+        py::tuple const all = argumentsOf(method, arguments, keywords);
         return isOperationOn(method, all.ptr()) ? callOperation(method, all.ptr())
                                                 : callHost(method, all.ptr());
     });

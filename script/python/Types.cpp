@@ -71,6 +71,12 @@ ElementClass* Types::find(ClassTable const& table) const {
     return found == byTable_.end() ? nullptr : found->second;
 }
 
+ElementClass* Types::find(quorl::QuorlClass const& quorlClass) const {
+    for (auto const& [type, entry] : byType_)
+        if (entry->quorlClass == &quorlClass) return entry.get();
+    return nullptr;
+}
+
 EnumClass const& Types::enumOf(brant::zero::schema::EnumTable const& table) const {
     EnumClass const*& found = byEnumTable_[&table];
     if (found == nullptr) found = findEnum(table.scriptName);

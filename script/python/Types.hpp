@@ -49,6 +49,7 @@ class Types {
     /// \returns the class behind a type of elements, null for any other type.
     [[nodiscard]] ElementClass* find(PyTypeObject const* type) const;
     [[nodiscard]] ElementClass* find(brant::zero::schema::ClassTable const& table) const;
+    [[nodiscard]] ElementClass* find(quorl::QuorlClass const& quorlClass) const;
     [[nodiscard]] EnumClass const& enumOf(brant::zero::schema::EnumTable const& table) const;
     [[nodiscard]] EnumClass const* findEnum(std::string const& hostName) const;
     /// \returns the type of a class that is no class of elements, null when there is none.
