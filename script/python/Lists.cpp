@@ -112,7 +112,7 @@ PyObject* itemAt(ListObject const& list, Body& owner, std::size_t index) {
 std::size_t positionOf(PropertyRow const& row, Py_ssize_t index, Py_ssize_t size) {
     if (index < 0) index += size;
     if (index < 0 || index >= size)
-        throw py::index_error("list index out of range: " + placeOf(row) + " has " + std::to_string(size));
+        fail("OutOfRange", "list index out of range: " + placeOf(row) + " has " + std::to_string(size));
     return static_cast<std::size_t>(index);
 }
 
@@ -244,8 +244,8 @@ void assignSlice(ListObject const& list, PyObject* key, PyObject* value) {
         value == nullptr ? py::list() : py::list(py::reinterpret_borrow<py::object>(value));
     auto const given = static_cast<Py_ssize_t>(fresh.size());
     if (step != 1 && value != nullptr && given != count)
-        throw py::value_error("attempt to assign sequence of size " + std::to_string(given) +
-                              " to extended slice of size " + std::to_string(count));
+        fail("InvalidArgument", "attempt to assign sequence of size " + std::to_string(given) +
+                                    " to extended slice of size " + std::to_string(count));
     change.building.open();
     std::vector<std::size_t> positions;
     for (Py_ssize_t i = 0; i < count; ++i)
@@ -397,7 +397,7 @@ Py_ssize_t find(ListObject const& list, Body& owner, PyObject* value, Py_ssize_t
 }
 
 [[noreturn]] void failMissing(ListObject const& list, PyObject* value) {
-    throw py::value_error(py::repr(value).cast<std::string>() + " is not in " + placeOf(*list.row));
+    fail("NotInList", py::repr(value).cast<std::string>() + " is not in " + placeOf(*list.row));
 }
 
 PyObject* removeOne(PyObject* self, PyObject* value) {

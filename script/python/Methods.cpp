@@ -144,7 +144,7 @@ std::vector<py::object> placed(Method const& method, py::tuple const& given, py:
         });
         if (at == names.end()) return false;
         py::object& slot = places[static_cast<std::size_t>(at - names.begin())];
-        if (slot) throw py::type_error(std::string(method.name) + ": '" + word + "' is given twice");
+        if (slot) fail("WrongArgument", std::string(method.name) + ": '" + word + "' is given twice");
         slot = std::move(value);
         return true;
     };
@@ -152,9 +152,9 @@ std::vector<py::object> placed(Method const& method, py::tuple const& given, py:
         if (!place(name.cast<std::string>(), py::reinterpret_borrow<py::object>(value))) rest[name] = value;
     if (rest.empty()) return places;
     if (std::find(names.begin(), names.end(), "opt_init") == names.end())
-        throw py::type_error(std::string(method.name) + ": there is no parameter '" +
-                             (*rest.begin()).first.cast<std::string>() + "'; it is called as " +
-                             signatureText(method));
+        fail("WrongArgument", std::string(method.name) + ": there is no parameter '" +
+                                  (*rest.begin()).first.cast<std::string>() + "'; it is called as " +
+                                  signatureText(method));
     place("init", rest);
     return places;
 }

@@ -16,8 +16,8 @@ using brant::zero::schema::PropertyKind;
 
 namespace {
 
-std::string shortName(PyObject* type) {
-    std::string_view name = reinterpret_cast<PyTypeObject*>(type)->tp_name;
+std::string shortName(ElementClass const& entry) {
+    std::string_view const name = entry.type->tp_name;
     return std::string(name.substr(name.rfind('.') + 1));
 }
 
@@ -88,8 +88,9 @@ py::object then(RelationTerm const& self, py::object const& term) {
 
 RelationTerm narrowed(RelationTerm const& self, py::handle type) {
     Place place = self.place;
-    place.last.narrowed = classOf(type, place.text + ".as_").table;
-    place.text += ".as_(" + shortName(type.ptr()) + ")";
+    ElementClass const& wanted = classOf(type, place.text + ".as_");
+    place.last.narrowed = wanted.table;
+    place.text += ".as_(" + shortName(wanted) + ")";
     return {std::move(place)};
 }
 
@@ -211,7 +212,7 @@ class Query {
     }
     [[nodiscard]] py::object results() const { return owned(makeResults(all(), model_)); }
     [[nodiscard]] std::string text() const {
-        std::string const name = shortName(reinterpret_cast<PyObject*>(wanted_->type));
+        std::string const name = shortName(*wanted_);
         return "query(" + name + ")" + (exactly_ ? ".exactly()" : "") +
                (condition_ ? ".where(" + condition_->text() + ")" : "");
     }
@@ -281,10 +282,12 @@ void defineTerms(py::module_& module) {
     relation.def("count", counted, optional);
     relation.def("size", [](RelationTerm const& self) { return CountTerm{self.place, std::nullopt}; });
     relation.def("is_", [](RelationTerm const& self, py::handle type) {
-        return testClass(self.place, *classOf(type, self.place.text).table, false, shortName(type.ptr()));
+        ElementClass const& wanted = classOf(type, self.place.text);
+        return testClass(self.place, *wanted.table, false, shortName(wanted));
     });
     relation.def("is_exactly", [](RelationTerm const& self, py::handle type) {
-        return testClass(self.place, *classOf(type, self.place.text).table, true, shortName(type.ptr()));
+        ElementClass const& wanted = classOf(type, self.place.text);
+        return testClass(self.place, *wanted.table, true, shortName(wanted));
     });
     relation.def("is_null",
                  [](RelationTerm const& self) { return compareRelation(self, Comparison::Equal, Py_None); });
@@ -303,9 +306,8 @@ void defineTerms(py::module_& module) {
 
 PyObject* makeTerm(PropertyRow const& row, PyObject* owner, PyObject* descriptor) {
     if (!hasTerm(row)) return py::reinterpret_borrow<py::object>(descriptor).release().ptr();
-    ElementClass const* const entry = Types::get().find(reinterpret_cast<PyTypeObject*>(owner));
-    ClassTable const* const written = entry == nullptr ? row.owner : entry->table;
-    return termOf({{}, {&row, written, nullptr}, shortName(owner) + '.' + snakeCase(row.name)})
+    ElementClass const& written = classOf(owner, row.name);
+    return termOf({{}, {&row, written.table, nullptr}, shortName(written) + '.' + snakeCase(row.name)})
         .release()
         .ptr();
 }
@@ -330,7 +332,10 @@ void initQuery(py::module_& module) {
     defineTerms(module);
     module.def(
         "is_a",
-        [](py::handle type) { return isOfClass(*classOf(type, "is_a").table, shortName(type.ptr())); },
+        [](py::handle type) {
+            ElementClass const& wanted = classOf(type, "is_a");
+            return isOfClass(*wanted.table, shortName(wanted));
+        },
         "The condition that an element is of a class.");
     py::class_<Query> queries(module, "Query",
                               "The elements of a class that meet conditions, in the order of containment.");

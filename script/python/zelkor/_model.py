@@ -49,7 +49,7 @@ def _near(model: Model, qualified: str) -> list[str]:
     likely = [n for n in names if isinstance(n, str) and abs(len(n) - len(simple)) <= 3]
     if len(likely) > _NAMES_TO_COMPARE:
         likely = [n for n in likely if n[0].lower() == simple[:1].lower()][:_NAMES_TO_COMPARE]
-    close = difflib.get_close_matches(simple, likely, 3)
+    close = difflib.get_close_matches(simple, likely, 3, 0.5)
     symbols = [s for name in close for s in _core.find(model, None, name, None, None, None, None, False)[:20]]
     whole = {str(s.get_fully_qualified_name()) for s in symbols}
     return difflib.get_close_matches(qualified, sorted(whole), 3, 0.0)

@@ -184,6 +184,14 @@ class NoKeys(Error, TypeError):
     """The list is not keyed."""
 
 
+class NotInList(Error, ValueError):
+    """The list does not have the value."""
+
+
+class WrongArgument(Error, TypeError):
+    """A method is called with an argument that it does not have."""
+
+
 class InvalidArgument(Error, ValueError):
     """An argument cannot be used; the text says why."""
 
