@@ -107,6 +107,10 @@ int runImport(Arguments const& arguments) {
     options.root = arguments.value("--root");
     options.extraArguments = arguments.values("--extra-arg");
     options.jobs = arguments.number("--jobs", 0);
+    if (arguments.has("--no-insight") && arguments.has("--transitive"))
+        throw UsageError("--transitive is about insight; leave out --no-insight");
+    if (arguments.has("--no-insight")) options.insight = producer::Insight::None;
+    if (arguments.has("--transitive")) options.insight = producer::Insight::Transitive;
     options.cancelled = &interrupted;
     options.progress = [&line](producer::ImportProgress const& progress) { line.show(progress); };
 

@@ -20,6 +20,8 @@ std::vector<Verb> const& verbs() {
           {"--root", nullptr, "DIR",
            "project root that paths are told from; by default the sources' common folder"},
           {"--extra-arg", nullptr, "ARG", "argument added to each compile command", true},
+          {"--no-insight", nullptr, nullptr, "without what bodies call, read and write"},
+          {"--transitive", nullptr, nullptr, "with everything that each function reaches along calls"},
           {"--error-limit", nullptr, "N", "errors of the front end that are shown; 0 shows all (default 20)"},
           {"--fail-on-error", nullptr, nullptr, "exit with 3 when a unit failed or is incomplete"},
           {"--quiet", "-q", nullptr, "no progress and no summary"}},

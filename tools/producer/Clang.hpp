@@ -8,6 +8,7 @@
 #include <exception>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 namespace zelkor::producer {
@@ -40,8 +41,9 @@ struct CursorEqual {
     bool operator()(CXCursor const& a, CXCursor const& b) const { return clang_equalCursors(a, b) != 0; }
 };
 
-// Calls `visit(cursor)` for each child; it answers a CXChildVisitResult. An exception must not cross the
-// front end's own frames, which are compiled without them, so it is carried around.
+// Calls `visit(cursor)` or `visit(cursor, parent)` for each child; it answers a CXChildVisitResult. An
+// exception must not cross the front end's own frames, which are compiled without them, so it is carried
+// around.
 template <class Visit>
 void visitChildren(CXCursor parent, Visit&& visit) {
     struct State {
@@ -50,10 +52,15 @@ void visitChildren(CXCursor parent, Visit&& visit) {
     } state{visit, nullptr};
     clang_visitChildren(
         parent,
-        [](CXCursor cursor, CXCursor, CXClientData data) {
+        [](CXCursor cursor, CXCursor parent, CXClientData data) {
             auto& state = *static_cast<State*>(data);
             try {
-                return state.visit(cursor);
+                if constexpr (std::is_invocable_v<Visit&, CXCursor, CXCursor>) {
+                    return state.visit(cursor, parent);
+                } else {
+                    static_cast<void>(parent);
+                    return state.visit(cursor);
+                }
             } catch (...) {
                 state.failure = std::current_exception();
                 return CXChildVisit_Break;

@@ -134,9 +134,9 @@ EntityKind kindIn(EntityKind kind, CXCursor cursor) {
 
 } // namespace
 
-DeclarationReader::DeclarationReader(SourceIndex& sources, UnitFacts& facts)
+DeclarationReader::DeclarationReader(SourceIndex& sources, UnitFacts& facts, bool wantsUses)
     : sources_(sources), facts_(facts), isCxx_(facts.language >= Language::Cxx), types_(*this, facts),
-      constants_(*this, types_) {}
+      constants_(*this, types_), uses_(wantsUses), bodies_(*this, uses_) {}
 
 std::string DeclarationReader::keyOf(CXCursor cursor) {
     CXCursor const canonical = clang_getCanonicalCursor(cursor);
@@ -274,15 +274,16 @@ void DeclarationReader::declare(CXCursor cursor) {
     case CXCursor_UnionDecl:
         declareRecord(cursor, meet(cursor).id);
         break;
-    case CXCursor_FunctionDecl:
     case CXCursor_CXXMethod:
-    case CXCursor_Constructor:
     case CXCursor_Destructor:
     case CXCursor_ConversionFunction:
+        readOverrides(cursor, meet(cursor).id);
+        [[fallthrough]];
+    case CXCursor_FunctionDecl:
+    case CXCursor_Constructor:
     case CXCursor_VarDecl:
     case CXCursor_FieldDecl:
-        meet(cursor);
-        readBody(cursor);
+        bodies_.read(cursor, meet(cursor).id);
         break;
     case CXCursor_FunctionTemplate:
     case CXCursor_ClassTemplate:
@@ -360,7 +361,7 @@ void DeclarationReader::declareTemplate(CXCursor cursor) {
     meet(prototype);
     switch (clang_getCursorKind(cursor)) {
     case CXCursor_FunctionTemplate:
-        readBody(cursor);
+        bodies_.read(cursor, prototype);
         break;
     case CXCursor_TypeAliasTemplateDecl:
         break;
@@ -369,8 +370,8 @@ void DeclarationReader::declareTemplate(CXCursor cursor) {
     }
 }
 
-// Variable templates have no cursor kind of their own, and neither have empty declarations and the like. Nor have
-// their instantiations, which stand where the template does and differ from it only in the unified id.
+// Variable templates have no cursor kind of their own, and neither have empty declarations and the like. Nor
+// have their instantiations, which stand where the template does and differ from it only in the unified id.
 void DeclarationReader::declareUnexposed(CXCursor cursor) {
     std::string const name = nameOf(cursor);
     if (name.empty() || !sources_.text(clang_getCursorExtent(cursor)).starts_with("template")) return;
@@ -383,50 +384,41 @@ void DeclarationReader::declareLambda(CXCursor cursor) {
     declareRecord(closure, meet(closure).id);
 }
 
-// Expressions are visited without recursion of our own, since they may be nested without bound.
-void DeclarationReader::readBody(CXCursor cursor) {
-    visitChildren(cursor, [this](CXCursor child) {
-        CXCursorKind const kind = clang_getCursorKind(child);
-        switch (kind) {
-        case CXCursor_LambdaExpr:
-            declareLambda(child);
-            return CXChildVisit_Continue;
-        case CXCursor_VarDecl:
-            if (sources_.inProject(child)) meet(child);
-            return CXChildVisit_Recurse;
-        case CXCursor_DeclRefExpr:
-        case CXCursor_MemberRefExpr:
-        case CXCursor_CallExpr:
-        case CXCursor_TypeRef:
-        case CXCursor_TemplateRef:
-            readReference(child);
-            return CXChildVisit_Recurse;
-        case CXCursor_ParmDecl:
-        case CXCursor_TemplateTypeParameter:
-        case CXCursor_NonTypeTemplateParameter:
-        case CXCursor_TemplateTemplateParameter:
-            return CXChildVisit_Recurse;
-        default:
-            if (!clang_isDeclaration(kind)) return CXChildVisit_Recurse;
-            declare(child);
-            return CXChildVisit_Continue;
-        }
-    });
+Id DeclarationReader::declareLocal(CXCursor cursor) {
+    return sources_.inProject(cursor) ? meet(cursor).id : Id{};
 }
 
-void DeclarationReader::readReference(CXCursor cursor) {
-    CXCursor referenced = clang_getCursorReferenced(cursor);
-    CXCursorKind const kind = clang_getCursorKind(referenced);
-    if (clang_isInvalid(kind)) return;
-    if (kind == CXCursor_EnumConstantDecl) referenced = clang_getCursorSemanticParent(referenced);
-    // Locals and parameters are read where they stand.
-    if (kind == CXCursor_VarDecl && clang_getCursorLinkage(referenced) == CXLinkage_NoLinkage) return;
-    if (rowOf(clang_getCursorKind(referenced)) && clang_getCursorKind(referenced) != CXCursor_UnexposedDecl) {
-        refer(referenced);
-    }
+Id DeclarationReader::known(CXCursor cursor) {
+    Id const id = identityOf(cursor);
+    return table_.contains(id) ? id : Id{};
+}
+
+Id DeclarationReader::functionParameter(CXCursor cursor) {
+    CXCursor const function = clang_getCursorSemanticParent(cursor);
+    CXCursorKind const kind = clang_getCursorKind(function);
+    if (!isFunctionCursor(kind) && kind != CXCursor_FunctionTemplate) return Id{};
+    std::vector<CXCursor> const parameters = parameterCursors(function);
+    auto const found = std::find_if(parameters.begin(), parameters.end(), [&](CXCursor const& candidate) {
+        return clang_equalCursors(candidate, cursor) != 0;
+    });
+    if (found == parameters.end()) return Id{};
+    Id const owner = kind == CXCursor_FunctionTemplate ? referPrototype(function) : refer(function);
+    return makeId(owner, "parameter", static_cast<std::size_t>(found - parameters.begin()));
+}
+
+void DeclarationReader::readOverrides(CXCursor cursor, Id const& id) {
+    if (!clang_CXXMethod_isVirtual(cursor)) return;
+    CXCursor* overridden = nullptr;
+    unsigned count = 0;
+    clang_getOverriddenCursors(cursor, &overridden, &count);
+    for (unsigned i = 0; i < count; ++i)
+        uses_.addOverride(id, refer(overridden[i]));
+    clang_disposeOverriddenCursors(overridden);
 }
 
 void DeclarationReader::finish() {
+    bodies_.readInstances();
+    uses_.finish(facts_);
     // Reading fields may refer to further aggregates.
     for (std::size_t i = 0; i < records_.size(); ++i) {
         if (!written_.contains(identityOf(records_[i]))) readInstantiation(records_[i]);

@@ -2,6 +2,7 @@
 // to.
 #pragma once
 
+#include "BodyReader.hpp"
 #include "ConstantReader.hpp"
 #include "SourceIndex.hpp"
 #include "TypeReader.hpp"
@@ -15,7 +16,8 @@ namespace zelkor::producer {
 
 class DeclarationReader {
   public:
-    DeclarationReader(SourceIndex& sources, UnitFacts& facts);
+    // Uses are recorded only when wanted; what is used has an entity in any case.
+    DeclarationReader(SourceIndex& sources, UnitFacts& facts, bool wantsUses);
 
     // Reads a declaration of a project file with all that it contains.
     void declare(CXCursor cursor);
@@ -28,6 +30,12 @@ class DeclarationReader {
     Id referDependent(CXCursor templateCursor, CXType type, CXCursor context);
     // Identity of a template's own parameter; nil when the front end does not show it.
     Id referParameter(CXCursor templateCursor, unsigned index);
+    // For the readers of bodies: a local variable or a closure where it stands; a parameter of a function;
+    // what is there already. Nil for what has no element.
+    Id declareLocal(CXCursor cursor);
+    void declareLambda(CXCursor cursor);
+    Id functionParameter(CXCursor cursor);
+    Id known(CXCursor cursor);
     // Fields of implicit instantiations, and the final order; call once.
     void finish();
 
@@ -73,10 +81,8 @@ class DeclarationReader {
     void declareRecord(CXCursor cursor, Id const& id);
     void declareFriend(CXCursor cursor, Id const& record);
     void declareTemplate(CXCursor cursor);
-    void declareLambda(CXCursor cursor);
     void declareUnexposed(CXCursor cursor);
-    void readBody(CXCursor cursor);
-    void readReference(CXCursor cursor);
+    void readOverrides(CXCursor cursor, Id const& id);
     void readInstantiation(CXCursor cursor);
     void listInOwner(Entity const& part);
 
@@ -85,6 +91,8 @@ class DeclarationReader {
     bool isCxx_;
     TypeReader types_;
     ConstantReader constants_;
+    UseRecorder uses_;
+    BodyReader bodies_;
     std::deque<Entity> entities_;
     std::unordered_map<Id, Entity*, IdHash> table_;
     std::unordered_map<CXCursor, Id, CursorHash, CursorEqual> identities_;
@@ -112,6 +120,9 @@ CXCursorKind patternKind(CXCursor templateCursor);
 
 // The declaration around a declaration; blocks of linkage do not count.
 CXCursor scopeOf(CXCursor cursor);
+
+// Whether it is a member of a class that the front end made.
+bool isImplicitMember(CXCursor function);
 
 // Whether a declaration stands in an aggregate or in a template of one.
 bool isInRecord(CXCursor cursor);

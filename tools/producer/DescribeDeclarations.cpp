@@ -136,6 +136,13 @@ bool declaresPack(std::string_view text) {
                           [](std::string_view all, std::size_t at) { return all.substr(at, 3) == "..."; });
 }
 
+// They stand at their class; only calls lead to them.
+bool isImplicitMember(CXCursor function) {
+    CXCursor const scope = scopeOf(function);
+    return isRecordCursor(clang_getCursorKind(scope)) && !isLambda(scope) &&
+           clang_equalLocations(clang_getCursorLocation(scope), clang_getCursorLocation(function));
+}
+
 Entity DeclarationReader::describe(CXCursor cursor, EntityKind kind, bool asPrototype) {
     Entity entity;
     entity.kind = kind;
@@ -187,6 +194,8 @@ void DeclarationReader::describeCommon(Entity& entity, CXCursor cursor) {
 void DeclarationReader::describePlace(Entity& entity, CXCursor cursor) {
     std::optional<Position> const position = sources_.position(cursor);
     if (!position) return;
+    if (auto const extent = sources_.range(clang_getCursorExtent(cursor)))
+        entity.extents.push_back({*position, *extent});
     if (entity.isDefined) {
         entity.definition = position;
     } else {
@@ -292,11 +301,7 @@ void DeclarationReader::describeFunction(Entity& entity, CXCursor cursor) {
     facts.isVirtual = clang_CXXMethod_isVirtual(cursor) != 0;
     facts.isAbstract = clang_CXXMethod_isPureVirtual(cursor) != 0;
     facts.isThisConst = clang_CXXMethod_isConst(cursor) != 0;
-    // Implicit members stand at their class; only calls lead to them.
-    CXCursor const scope = scopeOf(cursor);
-    facts.isCompilerGenerated =
-        isRecordCursor(clang_getCursorKind(scope)) && !isLambda(scope) &&
-        clang_equalLocations(clang_getCursorLocation(scope), clang_getCursorLocation(cursor));
+    facts.isCompilerGenerated = isImplicitMember(cursor);
     if (facts.isCompilerGenerated) facts.body.reset();
     entity.detail = std::move(facts);
     if (!isTemplateCursor(clang_getCursorKind(cursor))) describeSpecialisation(entity, cursor);

@@ -39,6 +39,7 @@ void Emitter::linkFunction(Entity const& entity, za::Function const& function, z
     for (ParameterFact const& fact : facts.parameters) {
         Id const id = makeId(entity.id, "parameter", ordinal++);
         za::Variable const parameter = create<za::Variable>(id);
+        elements_.emplace(id, parameter);
         if (!fact.name.empty()) parameter.setName(fact.name);
         parameter.setType(type(fact.type));
         parameter.setStorageClass(toModel(fact.storage));

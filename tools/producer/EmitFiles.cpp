@@ -112,6 +112,7 @@ void Emitter::emitUnit(MergedUnit const& fact, std::size_t number) {
 
 void Emitter::emitMacro(za::source::CompilationUnit const& unit, MacroFact const& fact) {
     za::Macro const macro = create<za::Macro>(fact.id);
+    elements_.emplace(fact.id, macro);
     macro.setName(toModelText(fact.name));
     macro.setText(toModelText(fact.text));
     macro.setIsUndef(fact.isUndef);

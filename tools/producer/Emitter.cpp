@@ -27,7 +27,7 @@ std::u16string toModelText(std::string_view bytes) {
 
 Emitter::Emitter(za::Ast& ast, ProjectFacts& facts) : model_(ast.getModel()), facts_(facts) {}
 
-void Emitter::emit() {
+void Emitter::emit(Insight insight) {
     emitProject();
     emitFiles();
     std::size_t number = 0;
@@ -46,6 +46,7 @@ void Emitter::emit() {
         linkEntity(*merged);
     for (ProjectFacts::MergedType const& type : facts_.types())
         linkType(type.facts, type.unit);
+    if (insight != Insight::None) emitInsight(entities, insight == Insight::Transitive);
 }
 
 std::map<std::string, std::size_t> Emitter::created() const {

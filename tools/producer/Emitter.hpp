@@ -2,6 +2,8 @@
 #pragma once
 
 #include "Merge.hpp"
+#include "Producer.hpp"
+#include "UseIndex.hpp"
 
 #include <zelkor/ast.hpp>
 
@@ -22,7 +24,7 @@ class Emitter {
     Emitter(zelkor::ast::Ast& ast, ProjectFacts& facts);
 
     // Creates all elements, then links them; call once, within a transaction.
-    void emit();
+    void emit(Insight insight);
     // Elements by class, in short form: "Function", "types.PointerType".
     std::map<std::string, std::size_t> created() const;
 
@@ -77,6 +79,24 @@ class Emitter {
     zelkor::ast::constants::Constant constant(ConstantFact const& fact, Id const& id,
                                               zelkor::ast::Scope const& home);
     zelkor::ast::constants::Constant createConstant(ConstantFact const& fact, Id const& id);
+
+    // EmitInsight.cpp
+    void emitInsight(std::vector<MergedEntity*> const& entities, bool isTransitive);
+    void emitRecord(zelkor::ast::codeinsight::CodeInsight const& insight, Entity const& entity,
+                    UseIndex const& index);
+    void emitFunctionInfo(zelkor::ast::codeinsight::CodeInsight const& insight, Entity const& entity,
+                          UseIndex const& index);
+    zelkor::ast::codeinsight::VariableInfo
+    emitVariableInfo(zelkor::ast::codeinsight::CodeInsight const& insight, Id const& id,
+                     UseIndex const& index);
+    void emitMacroInfo(zelkor::ast::codeinsight::CodeInsight const& insight, MacroFact const& fact);
+    void emitReach(std::vector<MergedEntity*> const& entities, UseIndex const& index);
+    template <class Record>
+    void setRanges(Record const& record, Entity const& entity);
+    template <class Record>
+    void addPointers(Record const& record, std::vector<Id> const& targets);
+    template <class Element, class List>
+    void addAll(List& list, std::vector<Id> const& ids);
 
     template <class Element>
     Element find(Id const& id) const {

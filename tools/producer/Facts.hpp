@@ -3,6 +3,7 @@
 #pragma once
 
 #include "Identity.hpp"
+#include "UseFacts.hpp"
 
 #include <array>
 #include <cstdint>
@@ -264,6 +265,11 @@ enum class EntityKind {
 using EntityDetail = std::variant<NamespaceFacts, FunctionFacts, VariableFacts, RecordFacts, EnumFacts,
                                   TypedefFacts, TemplateFacts>;
 
+struct ExtentFact {
+    Position place;
+    Range range;
+};
+
 struct Entity {
     Id id{};
     EntityKind kind = EntityKind::Namespace;
@@ -274,7 +280,8 @@ struct Entity {
     bool isDefined = false;
     std::optional<Position> definition;
     std::vector<Position> declarations;
-    Id type{}; // declared, aliased or underlying type
+    std::vector<ExtentFact> extents; // of what stands at these places
+    Id type{};                       // declared, aliased or underlying type
     StorageClass storage = StorageClass::None;
     Linkage linkage = Linkage::None;
     Access access = Access::None;
@@ -303,6 +310,12 @@ struct MacroFact {
     bool isCommandLine = false;
     bool isPredefined = false;
     bool isReferenced = false;
+};
+
+// Where a project file expands a macro, or tests it while it is defined.
+struct MacroUse {
+    Id macro{};
+    Position place;
 };
 
 struct CommentFact {
@@ -371,6 +384,9 @@ struct UnitFacts {
     TargetFacts target;
     std::vector<FileFact> files; // main file first
     std::vector<MacroFact> macros;
+    std::vector<MacroUse> macroUses;
+    std::vector<UseFacts> uses;
+    std::vector<OverrideFact> overrides;
     std::deque<Entity> entities; // in the order of the source, referenced ones last; the addresses are stable
     std::deque<TypeFact> types;  // parts before wholes
     std::vector<Diagnostic> diagnostics;

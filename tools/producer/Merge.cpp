@@ -77,6 +77,12 @@ std::string differenceOf(Entity const& known, Entity const& seen) {
 
 void shareAll(Entity& to, Entity&& from) {
     addPositions(to.declarations, std::move(from.declarations));
+    for (ExtentFact const& extent : from.extents) {
+        bool const isKnown = std::any_of(to.extents.begin(), to.extents.end(), [&](ExtentFact const& known) {
+            return known.place == extent.place;
+        });
+        if (!isKnown) to.extents.push_back(extent);
+    }
     if (to.comments.empty()) to.comments = std::move(from.comments);
     to.inProject |= from.inProject;
     if (to.linkage == Linkage::None) to.linkage = from.linkage;
@@ -140,6 +146,29 @@ void ProjectFacts::add(UnitFacts&& unit) {
     for (TypeFact& type : unit.types) {
         if (typeTable_.insert(type.id).second) types_.push_back({std::move(type), number});
     }
+    addUses(unit);
+}
+
+// The first body wins, as the first definition does; what a lost definition uses is lost with it.
+void ProjectFacts::addUses(UnitFacts& unit) {
+    for (UseFacts& uses : unit.uses) {
+        if (!losers_.contains(uses.owner) && users_.insert(uses.owner).second)
+            uses_.push_back(std::move(uses));
+    }
+    for (OverrideFact const& fact : unit.overrides) {
+        if (knownOverrides_.emplace(fact.method, fact.overridden).second) overrides_.push_back(fact);
+    }
+    for (MacroUse const& use : unit.macroUses) {
+        Position const& place = use.place;
+        if (knownMacroUses_.emplace(use.macro, place.file, place.line, place.column).second)
+            macroUses_[use.macro].push_back(use.place);
+    }
+}
+
+std::vector<Position> const& ProjectFacts::macroUses(Id const& macro) const {
+    static std::vector<Position> const none;
+    auto const found = macroUses_.find(macro);
+    return found == macroUses_.end() ? none : found->second;
 }
 
 void ProjectFacts::addFile(FileFact&& file) {
@@ -174,8 +203,15 @@ void ProjectFacts::addMacro(MacroFact&& macro, std::size_t unit) {
 // What stands in a definition that lost does not belong to the one that won.
 bool ProjectFacts::isDropped(Entity const& entity) {
     if (!losers_.contains(entity.owner)) return false;
-    losers_.insert(entity.id);
+    lose(entity);
     return true;
+}
+
+void ProjectFacts::lose(Entity const& entity) {
+    losers_.insert(entity.id);
+    FunctionFacts const* const function = entity.as<FunctionFacts>();
+    for (std::size_t i = 0; function && i < function->parameters.size(); ++i)
+        losers_.insert(makeId(entity.id, "parameter", i));
 }
 
 void ProjectFacts::addEntity(Entity&& entity, std::size_t unit) {
@@ -190,6 +226,7 @@ void ProjectFacts::addEntity(Entity&& entity, std::size_t unit) {
     MergedEntity& known = *entry->second;
     bool const isReplaced = entity.isDefined && !known.facts.isDefined;
     std::optional<Position> const place = entity.definition;
+    // Folding takes nothing of what it refuses.
     std::string reason = foldEntity(known.facts, std::move(entity));
     if (isReplaced) {
         // It now stands where it is defined, after what this unit brought before it.
@@ -199,7 +236,7 @@ void ProjectFacts::addEntity(Entity&& entity, std::size_t unit) {
         order_.push_back(&known);
     }
     if (reason.empty()) return;
-    losers_.insert(id);
+    lose(entity);
     variants_.push_back({known.facts.name, known.facts.definition.value_or(Position{}),
                          place.value_or(Position{}), std::move(reason)});
 }

@@ -4,6 +4,8 @@
 #include "Facts.hpp"
 
 #include <map>
+#include <set>
+#include <tuple>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
@@ -51,6 +53,9 @@ class ProjectFacts {
     };
     std::deque<MergedType> const& types() const { return types_; }
     FileFact const* file(Id const& id) const;
+    std::deque<UseFacts> const& uses() const { return uses_; }
+    std::vector<OverrideFact> const& overrides() const { return overrides_; }
+    std::vector<Position> const& macroUses(Id const& macro) const;
     bool hasMixedTargets() const { return hasMixedTargets_; }
 
   private:
@@ -58,6 +63,8 @@ class ProjectFacts {
     void addMacro(MacroFact&& macro, std::size_t unit);
     void addEntity(Entity&& entity, std::size_t unit);
     bool isDropped(Entity const& entity);
+    void lose(Entity const& entity);
+    void addUses(UnitFacts& unit);
 
     std::vector<MergedUnit> units_;
     TargetFacts target_;
@@ -73,6 +80,12 @@ class ProjectFacts {
     std::deque<MergedType> types_;
     std::unordered_set<Id, IdHash> typeTable_;
     std::vector<Variant> variants_;
+    std::deque<UseFacts> uses_;
+    std::unordered_set<Id, IdHash> users_;
+    std::vector<OverrideFact> overrides_;
+    std::unordered_map<Id, std::vector<Position>, IdHash> macroUses_;
+    std::set<std::pair<Id, Id>> knownOverrides_;
+    std::set<std::tuple<Id, Id, unsigned, unsigned>> knownMacroUses_; // macro, file, line, column
 };
 
 } // namespace zelkor::producer

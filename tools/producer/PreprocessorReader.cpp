@@ -154,6 +154,7 @@ void PreprocessorReader::readExpansion(CXCursor cursor) {
     if (found != macroIndex_.end()) {
         macros_[found->second].isKept = true;
         macros_[found->second].isReferenced = true;
+        uses_.push_back({found->second, {}, sources_.position(cursor).value_or(Position{})});
         return;
     }
     // __LINE__ and its like have no definition anywhere.
@@ -162,6 +163,7 @@ void PreprocessorReader::readExpansion(CXCursor cursor) {
     builtin.name = name;
     builtin.isPredefined = true;
     builtin.isReferenced = true;
+    uses_.push_back({0, name, sources_.position(cursor).value_or(Position{})});
 }
 
 void PreprocessorReader::readInclude(CXCursor cursor) {
@@ -250,7 +252,9 @@ std::string PreprocessorReader::replacementText(CXCursor definition) {
 void PreprocessorReader::finishMacros(std::vector<std::string> const& arguments) {
     std::set<std::string> const defined = namesOfOption(arguments, "-D");
     std::vector<MacroFact> definitions;
-    for (PendingMacro const& pending : macros_) {
+    std::vector<Id> ids(macros_.size());
+    for (std::size_t i = 0; i < macros_.size(); ++i) {
+        PendingMacro const& pending = macros_[i];
         if (!pending.isKept) continue;
         MacroFact macro;
         macro.name = toText(clang_getCursorSpelling(pending.cursor));
@@ -264,12 +268,16 @@ void PreprocessorReader::finishMacros(std::vector<std::string> const& arguments)
         macro.id = macro.position ? makeId(makeId(macro.position->file, "macro", macro.position->line),
                                            macro.name, macro.position->column)
                                   : makeId("macro", macro.name + ' ' + macro.text);
+        ids[i] = macro.id;
         definitions.push_back(std::move(macro));
     }
     for (auto& [name, macro] : builtins_) {
         macro.id = makeId("macro", name);
         definitions.push_back(macro);
     }
+    for (PendingUse const& use : uses_)
+        facts_.macroUses.push_back(
+            {use.builtin.empty() ? ids[use.macro] : builtins_[use.builtin].id, use.place});
     for (std::string const& name : namesOfOption(arguments, "-U"))
         addUndefinition(name, std::nullopt, true);
     facts_.macros.insert(facts_.macros.begin(), std::make_move_iterator(definitions.begin()),

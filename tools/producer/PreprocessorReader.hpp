@@ -29,6 +29,12 @@ class PreprocessorReader {
         bool isReferenced = false;
         bool isCommandLine = false;
     };
+    // Names the definition by its number, or a macro that has none by its name.
+    struct PendingUse {
+        std::size_t macro = 0;
+        std::string builtin;
+        Position place;
+    };
 
     FileFact& fileFact(CXFile file);
     void readDefinition(CXCursor cursor);
@@ -49,6 +55,7 @@ class PreprocessorReader {
     std::unordered_map<CXCursor, std::size_t, CursorHash, CursorEqual> macroIndex_;
     std::map<std::string, std::string> predefined_;
     std::map<std::string, MacroFact> builtins_;
+    std::vector<PendingUse> uses_;
 };
 
 } // namespace zelkor::producer

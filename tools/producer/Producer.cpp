@@ -154,7 +154,8 @@ std::size_t ImportResult::countUnits(UnitState state) const {
 ImportResult importProject(zelkor::ast::Ast& ast, ImportOptions const& options) {
     if (ast.getModel().size() != 0) throw ImportError("the model is not empty; import into a new one");
     std::vector<CompileCommand> const commands = readCompileDatabase(options.database);
-    ParserSettings const settings{findResourceDirectory(options.resourceDirectory), options.extraArguments};
+    ParserSettings const settings{findResourceDirectory(options.resourceDirectory), options.extraArguments,
+                                  options.insight != Insight::None};
     ProjectPaths const paths(options.root.empty() ? commonDirectory(commands) : options.root);
     auto const isCancelled = [&] { return options.cancelled && options.cancelled->load(); };
     ImportResult result;
@@ -174,7 +175,7 @@ ImportResult importProject(zelkor::ast::Ast& ast, ImportOptions const& options) 
     reportVariants(facts, result);
     brant::zero::Transaction transaction = ast.getModel().beginTransaction();
     Emitter emitter(ast, facts);
-    emitter.emit();
+    emitter.emit(options.insight);
     transaction.commit();
     result.created = emitter.created();
     return result;

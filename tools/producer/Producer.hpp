@@ -27,12 +27,17 @@ struct ImportProgress {
     std::string file; // main file of the unit that was merged last
 };
 
+// What bodies call, read and write: not at all, each by itself, or also everything that is reached along
+// calls.
+enum class Insight { None, Direct, Transitive };
+
 struct ImportOptions {
     std::string database;                    // build directory, or the compile database itself
     std::string root;                        // project root; empty: the common directory of the main files
     std::string resourceDirectory;           // of the front end; empty: the one found when this was built
     std::vector<std::string> extraArguments; // added to each command
     unsigned jobs = 0;                       // threads that parse; 0: one per processor
+    Insight insight = Insight::Direct;
     std::atomic<bool> const* cancelled = nullptr;        // read between units; may be set by a signal handler
     std::function<void(ImportProgress const&)> progress; // called on the importing thread, after each unit
 };

@@ -83,7 +83,7 @@ void readDiagnostics(CXTranslationUnit unit, UnitFacts& facts) {
 }
 
 void readUnit(CXTranslationUnit unit, CompileCommand const& command, ProjectPaths const& paths,
-              UnitFacts& facts) {
+              bool wantsUses, UnitFacts& facts) {
     SourceIndex sources(unit, paths);
     CXCursor const root = clang_getTranslationUnitCursor(unit);
     PreprocessorReader preprocessor(sources, facts);
@@ -93,7 +93,7 @@ void readUnit(CXTranslationUnit unit, CompileCommand const& command, ProjectPath
         return CXChildVisit_Continue;
     });
     preprocessor.finish(command.arguments);
-    DeclarationReader declarations(sources, facts);
+    DeclarationReader declarations(sources, facts, wantsUses);
     visitChildren(root, [&](CXCursor cursor) {
         if (!clang_isPreprocessing(clang_getCursorKind(cursor))) declarations.declare(cursor);
         return CXChildVisit_Continue;
@@ -138,7 +138,7 @@ UnitFacts parseUnit(CompileCommand const& command, ParserSettings const& setting
         return facts;
     }
     readDiagnostics(unit.get(), facts);
-    readUnit(unit.get(), command, paths, facts);
+    readUnit(unit.get(), command, paths, settings.wantsUses, facts);
     return facts;
 }
 

@@ -13,6 +13,7 @@ namespace zelkor::producer {
 struct ParserSettings {
     std::string resourceDirectory;
     std::vector<std::string> extraArguments;
+    bool wantsUses = true; // what bodies call, read and write
 };
 
 // Where the front end's own headers are: the given directory, or the one found when this was built.

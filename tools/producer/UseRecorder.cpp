@@ -1,0 +1,97 @@
+#include "UseRecorder.hpp"
+
+#include <algorithm>
+#include <iterator>
+#include <tuple>
+
+namespace zelkor::producer {
+
+namespace {
+
+// Beside the kinds of uses, which begin at 0.
+constexpr unsigned overrideKey = 100;
+constexpr unsigned pointerKey = 101;
+
+auto orderOf(Position const& position) {
+    return std::tuple(position.file, position.line, position.column);
+}
+
+} // namespace
+
+std::size_t UseRecorder::KeyHash::operator()(Key const& key) const noexcept {
+    std::size_t seed = key.kind;
+    boost::hash_combine(seed, IdHash{}(key.first));
+    boost::hash_combine(seed, IdHash{}(key.second));
+    boost::hash_combine(seed, IdHash{}(key.third));
+    return seed;
+}
+
+UseFacts& UseRecorder::usesOf(Id const& owner) {
+    auto const [entry, isNew] = table_.try_emplace(owner);
+    if (isNew) {
+        entry->second = &uses_.emplace_back();
+        entry->second->owner = owner;
+    }
+    return *entry->second;
+}
+
+void UseRecorder::add(Id const& owner, UseKind kind, Id const& target) {
+    if (!isWanted_ || owner.is_nil() || target.is_nil()) return;
+    if (known_.insert({owner, target, static_cast<unsigned>(kind), {}}).second)
+        usesOf(owner).of(kind).push_back(target);
+}
+
+void UseRecorder::addPointer(Id const& owner, Id const& pointer, Id const& target) {
+    if (!isWanted_ || owner.is_nil() || pointer.is_nil() || target.is_nil()) return;
+    if (known_.insert({pointer, target, pointerKey, owner}).second)
+        usesOf(owner).pointers.push_back({pointer, target});
+}
+
+void UseRecorder::addAssembler(Id const& owner) {
+    if (isWanted_ && !owner.is_nil()) usesOf(owner).hasAssembler = true;
+}
+
+void UseRecorder::addOverride(Id const& method, Id const& overridden) {
+    if (!isWanted_ || method.is_nil() || overridden.is_nil()) return;
+    if (known_.insert({method, overridden, overrideKey, {}}).second)
+        overrides_.push_back({method, overridden});
+}
+
+void UseRecorder::addExtent(Id const& owner, Range const& extent) {
+    if (isWanted_) extents_.push_back({extent, owner});
+}
+
+// Both in the order of the text, so that the extents around a use are a stack.
+void UseRecorder::assignMacros(std::vector<MacroUse> const& uses) {
+    std::vector<MacroUse> sorted = uses;
+    std::stable_sort(sorted.begin(), sorted.end(), [](MacroUse const& a, MacroUse const& b) {
+        return orderOf(a.place) < orderOf(b.place);
+    });
+    std::stable_sort(extents_.begin(), extents_.end(), [](Extent const& a, Extent const& b) {
+        return std::pair(orderOf(a.range.start), orderOf(b.range.end)) <
+               std::pair(orderOf(b.range.start), orderOf(a.range.end));
+    });
+    std::vector<Extent const*> around;
+    auto next = extents_.cbegin();
+    for (MacroUse const& use : sorted) {
+        for (; next != extents_.cend() && orderOf(next->range.start) <= orderOf(use.place); ++next)
+            around.push_back(&*next);
+        // What a macro defines begins and ends where the macro is used.
+        std::erase_if(around, [&](Extent const* extent) {
+            return orderOf(extent->range.end) < orderOf(use.place) && extent->range.start != use.place;
+        });
+        for (auto extent = around.crbegin(); extent != around.crend(); ++extent) {
+            if ((*extent)->range != around.back()->range) break;
+            add((*extent)->owner, UseKind::Macro, use.macro);
+        }
+    }
+}
+
+void UseRecorder::finish(UnitFacts& facts) {
+    if (!isWanted_) return;
+    assignMacros(facts.macroUses);
+    facts.uses.assign(std::make_move_iterator(uses_.begin()), std::make_move_iterator(uses_.end()));
+    facts.overrides = std::move(overrides_);
+}
+
+} // namespace zelkor::producer
