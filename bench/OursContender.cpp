@@ -3,6 +3,7 @@
 #include "OursBuilder.hpp"
 #include "OursNames.hpp"
 #include "OursQueries.hpp"
+#include "OursScript.hpp"
 #include "OursSearch.hpp"
 #include "OursVisitors.hpp"
 
@@ -236,6 +237,8 @@ Contender oursContender() {
                                        {"xml.memory", loadedMemory<IoFormat::xml>},
                                        {"xml.peak", loadPeak<IoFormat::xml>}};
     workloads.insert(workloads.begin(), own.begin(), own.end());
+    std::vector<Workload> const scripted = scriptWorkloads();
+    workloads.insert(workloads.end(), scripted.begin(), scripted.end());
     return {"ours", workloads, warmSlabs};
 }
 

@@ -1,7 +1,6 @@
 #include "brant/zero/mi/KernelBinding.hpp"
 
 #include "ScriptTransaction.hpp"
-#include "brant/zero/Core.hpp"
 #include "brant/zero/meta/mi/Wrappers.hpp"
 #include "brant/zero/mi/StructBuilder.hpp"
 #include "quorl/BindingRegistry.hpp"

@@ -1,9 +1,7 @@
 #include "brant/zero/mi/Methods.hpp"
 
 #include "brant/zero/Core.hpp"
-#include "brant/zero/Text.hpp"
 #include "brant/zero/meta/MetaRegistry.hpp"
-#include "brant/zero/meta/Names.hpp"
 #include "brant/zero/mi/MetaMarshalerRegistry.hpp"
 #include "brant/zero/mi/StructBuilder.hpp"
 #include "quorl/BindingRegistry.hpp"
@@ -18,10 +16,6 @@ using quorl::QuorlMethodSignature;
 using quorl::factory::impl::Invoker;
 
 namespace {
-
-std::string simpleName(schema::ClassTable const& table) {
-    return table.name;
-}
 
 bool isInit(krelArray const& array) {
     return omIsStruct(array) && omGetNumberOfElements(array) == 1;
@@ -47,7 +41,7 @@ std::unique_ptr<QuorlMethodSignature> signatureOf(schema::OperationRow const& ro
 } // namespace
 
 Construct::Construct(schema::ClassTable const& table)
-    : QuorlMethod(simpleName(table), quorl::methodConstructor, ""), table_(&table) {
+    : QuorlMethod(table.name, quorl::methodConstructor, ""), table_(&table) {
     auto signature = Invoker::createSignature(table.scriptName, "obj", modelClassName, "any", "any");
     signature->setInputNames("model opt_init opt_uuid");
     signature->setOptionalCount(2);

@@ -1,6 +1,5 @@
 #include "brant/zero/mi/ValueMarshaler.hpp"
 
-#include "brant/zero/Text.hpp"
 #include "brant/zero/meta/MetaRegistry.hpp"
 #include "brant/zero/meta/Names.hpp"
 #include "brant/zero/meta/PropertySerializer.hpp"

@@ -22,13 +22,13 @@ ArrayPtr string(std::u16string const& utf16) {
     return omCreateStringScalar(utf16);
 }
 
-ArrayPtr init(std::initializer_list<std::pair<char const*, ArrayPtr>> fields) {
+ArrayPtr init(std::initializer_list<Field> fields) {
     std::vector<std::string> names;
-    for (auto const& [name, value] : fields)
-        names.emplace_back(name);
+    for (Field const& field : fields)
+        names.emplace_back(field.name);
     ArrayPtr made = omCreateStructMatrix(1, 1, names);
-    for (auto const& [name, value] : fields)
-        omSetField(*made, 0, name, value == nullptr ? nullptr : omDuplicateArray(*value));
+    for (Field const& field : fields)
+        omSetField(*made, 0, field.name, omDuplicateArray(*field.value));
     return made;
 }
 

@@ -23,8 +23,13 @@ template <class T>
 ArrayPtr number(T value) {
     return omCreateNumericScalar<T>(value);
 }
-/// A struct of one element.
-ArrayPtr init(std::initializer_list<std::pair<char const*, ArrayPtr>> fields);
+struct Field {
+    Field(char const* fieldName, ArrayPtr const& fieldValue) : name(fieldName), value(fieldValue.get()) {}
+    char const* name;
+    krelArray const* value;
+};
+/// A struct of one element, with copies of the values.
+ArrayPtr init(std::initializer_list<Field> fields);
 template <class... Arrays>
 std::vector<krelArray const*> inputs(Arrays const&... arrays) {
     return {arrays.get()...};

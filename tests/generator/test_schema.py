@@ -313,6 +313,7 @@ BROKEN = (
     # types and names
     ('base = "Item"', 'base = "Itm"', "Part.base: there is no class 'Itm'; did you mean 'Item'?"),
     ('base = "Item"', 'base = "Hue"', "Part.base: there is no class 'Hue'"),
+    ('base = "Item"', 'base = "Item"\nscript_methods = ["fnd"]', "Part.script_methods: there is no operation of Part"),
     ('base = "ModelElement"\nidentity = "2', 'base = "Part"\nidentity = "2', "runs in a circle"),
     ('type = "UnlimitedNatural"', 'type = "UnlimitedNaturel"', "did you mean 'UnlimitedNatural'?"),
     ('type = "UnlimitedNatural"', 'type = "Model"', "Size.type: there is no type 'Model'"),

@@ -12,6 +12,11 @@
 
 namespace brant::zero::mi {
 
+/// \returns how many values the array has; a row of characters is one text.
+[[nodiscard]] inline std::size_t countValues(krelArray const& array) noexcept {
+    return omIsChar(array) ? 1 : omGetNumberOfElements(array);
+}
+
 /// Turns values of one type of the metamodel into arrays and back.
 ///
 /// An array of the wrong class, or of more than one element where one value is wanted, is reported as
@@ -88,6 +93,7 @@ class PolicyBasedValueMarshaler : public AbstractTypedValueMarshaler<T> {
         return Policy::toArray(payloads);
     }
     [[nodiscard]] std::vector<Value> toValueVector(krelArray const* array) const override {
+        if (countValues(*array) == 0) return {};
         if (!Policy::fits(*array)) this->refuse();
         std::vector<Value> values;
         for (auto&& payload : Policy::fromArray(*array))
@@ -95,11 +101,6 @@ class PolicyBasedValueMarshaler : public AbstractTypedValueMarshaler<T> {
         return values;
     }
 };
-
-/// \returns how many values the array has; a row of characters is one text.
-[[nodiscard]] inline std::size_t countValues(krelArray const& array) noexcept {
-    return omIsChar(array) ? 1 : omGetNumberOfElements(array);
-}
 
 /// \returns how signatures spell the type: one value, or several.
 /// \throws NoSuchType when scripts do not know the type.
