@@ -7,7 +7,6 @@
 
 #include <brant/zero/Exceptions.hpp>
 #include <brant/zero/Uuid.hpp>
-#include <brant/zero/meta/MetaRegistry.hpp>
 
 #include <new>
 
@@ -139,10 +138,7 @@ PyObject* getIsPending(PyObject* self, void*) {
 
 PyObject* destroy(PyObject* self, PyObject*) {
     return guarded([&] {
-        Body& body = bodyOf(asElement(self));
-        if (asElement(self).model == brant::zero::meta::MetaRegistry::getInstance().metaModel())
-            fail("ReadOnlyModel", "the classes describe the library; they cannot be destroyed");
-        body.destroy();
+        bodyOf(asElement(self)).destroy();
         return py::none().release().ptr();
     });
 }

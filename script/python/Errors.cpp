@@ -79,7 +79,7 @@ void translate() {
     } catch (std::out_of_range const& error) {
         raisePlain("OutOfRange", error.what());
     } catch (std::logic_error const& error) {
-        raisePlain("WrongOrder", error.what());
+        raisePlain("NotAllowed", error.what());
     } catch (std::exception const& error) {
         raisePlain("Failure", error.what());
     } catch (...) {

@@ -32,7 +32,7 @@ class Level {
 
     Level& enter() {
         if (transaction_ || ended_)
-            fail("WrongOrder", "a transaction is entered once; ask the model for another one");
+            fail("NotAllowed", "a transaction is entered once; ask the model for another one");
         transaction_.emplace(ready(model_).beginTransaction());
         return *this;
     }
@@ -55,7 +55,7 @@ class Level {
 
   private:
     brant::zero::Transaction& requireOpen() {
-        if (!transaction_) fail("WrongOrder", "the transaction is not open");
+        if (!transaction_) fail("NotAllowed", "the transaction is not open");
         (void)ready(model_);
         return *transaction_;
     }
@@ -90,7 +90,7 @@ class Change {
         return names;
     }
     [[nodiscard]] py::object old(std::string const& name) const {
-        if (!*open_) fail("WrongOrder", "old values can be read while the callback runs; keep what you need");
+        if (!*open_) fail("NotAllowed", "old values can be read while the callback runs; keep what you need");
         py::list known;
         for (meta::Property const& property : change_.properties()) {
             PropertyRow const& row = Core::rowOf(property);

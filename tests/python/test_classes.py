@@ -62,6 +62,16 @@ class DescriptionTest(unittest.TestCase):
         self.assertEqual(len(model), 0)
 
 
+    def test_the_description_cannot_be_changed(self):
+        described = Function.static_meta_class()
+        for wrong in (lambda: setattr(described, "name", "x"), lambda: described.properties.clear(), described.destroy,
+                      lambda: described.properties.pop(), lambda: described.create_into_properties(name="x"),
+                      lambda: meta.Property(described), lambda: setattr(described, "properties", [])):
+            with self.assertRaises(errors.NotAllowed):
+                wrong()
+        self.assertEqual((described.name, described.properties[0].name), ("Function", "BodyPosition"))
+
+
 class PropertyTest(unittest.TestCase):
     """Sets what can be set, reads it back, and looks at the whole graph in between."""
 

@@ -221,11 +221,11 @@ class TransactionTest(ElementTest):
         with outer:
             with inner:
                 Function(self.model)
-                with self.assertRaises(errors.WrongOrder):
+                with self.assertRaises(errors.NotAllowed):
                     outer.commit()
         self.assertEqual(len(self.model), 1)
         for wrong in (outer.commit, outer.rollback, outer.__enter__):
-            with self.assertRaises(errors.WrongOrder):
+            with self.assertRaises(errors.NotAllowed):
                 wrong()
 
     def test_notices(self):
@@ -263,7 +263,7 @@ class TransactionTest(ElementTest):
         subscription.cancel()
         subscription.cancel()
         function.name = "h"
-        with self.assertRaises(errors.WrongOrder):
+        with self.assertRaises(errors.NotAllowed):
             kept[0].old("name")
         with self.assertRaises(zelkor.Error):
             self.model.on_commit(5)

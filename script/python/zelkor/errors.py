@@ -204,12 +204,9 @@ class OutOfRange(Error, IndexError):
     """There is no such position."""
 
 
-class WrongOrder(Error, RuntimeError):
-    """Something is done before or after its time, such as ending a transaction around an open one."""
-
-
-class ReadOnlyModel(Error, TypeError):
-    """The description of the classes cannot be changed."""
+class NotAllowed(Error, RuntimeError):
+    """Something that cannot be done, or not now: ending a transaction around an open one, changing what describes the
+    classes."""
 
 
 class Failure(Error, RuntimeError):
