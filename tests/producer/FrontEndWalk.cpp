@@ -5,7 +5,6 @@
 #include <brant/zero/meta/Names.hpp>
 
 #include <algorithm>
-#include <filesystem>
 
 namespace zelkor::producer::test {
 
@@ -52,11 +51,6 @@ std::string kindOf(za::Symbol const& symbol) {
     if (za::types::EnumType::cast(symbol)) return "enumeration";
     if (za::types::TypedefType::cast(symbol)) return "typedef";
     return za::Template::cast(symbol) ? "template" : "";
-}
-
-std::string textOf(Place const& place) {
-    auto const& [file, line, column] = place;
-    return file + ':' + std::to_string(line) + ':' + std::to_string(column);
 }
 
 za::types::AggregateType aggregateAround(za::Symbol const& symbol) {
@@ -118,55 +112,23 @@ FrontEndWalk::FrontEndWalk(ModelIndex const& index, std::string root, std::strin
       dropped_(std::move(dropped)) {}
 
 void FrontEndWalk::walk(WalkedUnit const& unit) {
-    std::vector<std::string> arguments = unit.arguments;
-    auto const output = std::find(arguments.begin(), arguments.end(), "-o");
-    if (output != arguments.end()) arguments.erase(output, std::min(output + 2, arguments.end()));
-    auto const end = std::find(arguments.begin(), arguments.end(), "--");
-    arguments.insert(end, {"-resource-dir", resourceDirectory_, "-working-directory", unit.directory});
-    std::vector<char const*> pointers;
-    for (std::string const& argument : arguments)
-        pointers.push_back(argument.c_str());
-    CXIndex const index = clang_createIndex(0, 0);
-    CXTranslationUnit parsed = nullptr;
-    clang_parseTranslationUnit2FullArgv(
-        index, nullptr, pointers.data(), static_cast<int>(pointers.size()), nullptr, 0,
-        CXTranslationUnit_KeepGoing | CXTranslationUnit_IncludeAttributedTypes, &parsed);
-    if (!parsed) {
-        mismatches_.push_back("cannot parse " + arguments.back());
-    } else {
-        clang_visitChildren(
-            clang_getTranslationUnitCursor(parsed),
-            [](CXCursor cursor, CXCursor parent, CXClientData data) {
-                return static_cast<FrontEndWalk*>(data)->visit(cursor, parent);
-            },
-            this);
-        clang_disposeTranslationUnit(parsed);
+    ParsedUnit const parsed(unit, resourceDirectory_, CXTranslationUnit_IncludeAttributedTypes);
+    if (!parsed.isValid()) {
+        mismatches_.push_back("cannot parse " + unit.arguments.back());
+        return;
     }
-    clang_disposeIndex(index);
-}
-
-bool FrontEndWalk::placeOf(CXCursor cursor, Place& place) const {
-    CXFile file = nullptr;
-    unsigned line = 0;
-    unsigned column = 0;
-    clang_getFileLocation(clang_getCursorLocation(cursor), &file, &line, &column, nullptr);
-    if (!file) return false;
-    std::error_code error;
-    std::string name = std::filesystem::canonical(take(clang_File_tryGetRealPathName(file)), error).string();
-    bool const isForeign = name.starts_with("/usr/") && !name.starts_with(root_ + "/");
-    if (!isForeign) name = std::filesystem::path(name).lexically_relative(root_).string();
-    place = {name, line, column};
-    return true;
+    clang_visitChildren(
+        parsed.root(),
+        [](CXCursor cursor, CXCursor parent, CXClientData data) {
+            return static_cast<FrontEndWalk*>(data)->visit(cursor, parent);
+        },
+        this);
 }
 
 bool FrontEndWalk::isDropped(CXCursor cursor) const {
     Place place;
     return !clang_Cursor_isNull(cursor) && placeOf(cursor, place) &&
            dropped_.contains(textOf(place) + ' ' + plainName(cursor));
-}
-
-bool FrontEndWalk::isInProject(Place const& place) const {
-    return std::get<0>(place).substr(0, 1) != "/";
 }
 
 CXChildVisitResult FrontEndWalk::visit(CXCursor cursor, CXCursor parent) {

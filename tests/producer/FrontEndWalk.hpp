@@ -3,7 +3,7 @@
 // place.
 #pragma once
 
-#include "ModelIndex.hpp"
+#include "ParsedUnit.hpp"
 
 #include <clang-c/Index.h>
 
@@ -13,11 +13,6 @@
 #include <vector>
 
 namespace zelkor::producer::test {
-
-struct WalkedUnit {
-    std::string directory;
-    std::vector<std::string> arguments;
-};
 
 class FrontEndWalk {
   public:
@@ -68,9 +63,8 @@ class FrontEndWalk {
     bool agreesFunction(zelkor::ast::types::FunctionType const& type, CXType expected, bool hasResult,
                         unsigned depth) const;
     std::string ownerText(CXCursor cursor) const;
-    bool placeOf(CXCursor cursor, Place& place) const;
+    bool placeOf(CXCursor cursor, Place& place) const { return test::placeOf(cursor, root_, place); }
     bool isDropped(CXCursor cursor) const;
-    bool isInProject(Place const& place) const;
 
     ModelIndex const& index_;
     std::string root_;

@@ -2,6 +2,7 @@
 
 #include "ClangText.hpp"
 #include "FrontEndWalk.hpp"
+#include "InsightWalk.hpp"
 #include "ModelIndex.hpp"
 
 #include <zelkor/ast/io.hpp>
@@ -154,6 +155,11 @@ CheckReport checkImport(std::filesystem::path const& database, std::string const
     for (WalkedUnit const& unit : readDatabase(database))
         walk.walk(unit);
     walk.checkLeftOver();
+    InsightWalk uses(index, imported.project(), imported.result.root, resourceDirectory, dropped);
+    for (WalkedUnit const& unit : readDatabase(database))
+        uses.walk(unit);
+    uses.compare();
+    report.faults.insert(report.faults.end(), uses.mismatches().begin(), uses.mismatches().end());
     report.faults.insert(report.faults.end(), walk.mismatches().begin(), walk.mismatches().end());
     std::ostringstream text;
     for (auto const& [kind, tally] : walk.tallies()) {
@@ -161,6 +167,8 @@ CheckReport checkImport(std::filesystem::path const& database, std::string const
         if (tally.declarations != tally.elements)
             report.faults.push_back("the numbers of " + kind + " differ");
     }
+    for (auto const& [use, count] : uses.agreed())
+        text << use << count << '\n';
     for (auto const& [name, count] : imported.result.created)
         text << name << ' ' << count << '\n';
     text << "variants " << imported.result.variants.size() << '\n';

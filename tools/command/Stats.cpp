@@ -18,9 +18,21 @@ struct ClassLine {
     std::size_t bytes = 0;
 };
 
+/// What the code-insight records hold; initialisers outside of functions are left out.
+struct InsightCounts {
+    std::size_t functions = 0;
+    std::size_t calls = 0;
+    std::size_t reads = 0;
+    std::size_t writes = 0;
+    std::size_t entryPoints = 0;
+    std::size_t addressTaken = 0;
+    std::size_t withAssembler = 0;
+};
+
 struct Statistics {
     std::vector<ClassLine> classes;                  ///< most bytes first
     std::vector<std::pair<std::string, bool>> files; ///< path, whether it came in by an include
+    InsightCounts insight;
     std::size_t units = 0;
     std::size_t elements = 0;
     std::size_t bytes = 0;
@@ -40,6 +52,18 @@ std::size_t footprint(brant::zero::ModelElementImpl const& element) {
             bytes += value.heapBytes();
     });
     return bytes;
+}
+
+void countInsight(zelkor::ast::codeinsight::CodeInsight const& insight, InsightCounts& counts) {
+    for (zelkor::ast::codeinsight::FunctionInfo const& record : insight.getFunctions()) {
+        ++counts.functions;
+        counts.calls += record.getCalledFuns().size();
+        counts.reads += record.getReadVars().size();
+        counts.writes += record.getWrittenVars().size();
+        counts.entryPoints += record.getIsCalled() ? 0 : 1;
+        counts.addressTaken += record.getIsAddressTaken() ? 1 : 0;
+        counts.withAssembler += record.getHasASMBlock() ? 1 : 0;
+    }
 }
 
 Statistics collect(zelkor::ast::Ast const& ast) {
@@ -62,6 +86,12 @@ Statistics collect(zelkor::ast::Ast const& ast) {
         result.units = project.getCompilations().size();
         for (zelkor::ast::source::SourceFile const& file : project.getFiles())
             result.files.emplace_back(brant::zero::toUtf8(file.getPath()), file.getIsInclude());
+        for (zelkor::ast::source::CompilationUnit const& unit : project.getCompilations()) {
+            for (zelkor::ast::Annotation const& annotation : unit.getAnnotations()) {
+                if (auto const insight = zelkor::ast::codeinsight::CodeInsight::cast(annotation))
+                    countInsight(insight, result.insight);
+            }
+        }
     }
     return result;
 }
@@ -84,6 +114,11 @@ std::string asText(Statistics const& s, bool files) {
     std::size_t const headers = static_cast<std::size_t>(
         std::count_if(s.files.begin(), s.files.end(), [](auto const& f) { return f.second; }));
     out << '\n' << s.units << " units, " << s.files.size() << " files, " << headers << " of them included\n";
+    if (InsightCounts const& found = s.insight; found.functions > 0)
+        out << found.functions << " functions with " << found.calls << " calls, " << found.reads
+            << " reads and " << found.writes << " writes; " << found.entryPoints << " are not called, of "
+            << found.addressTaken << " the address is taken, " << found.withAssembler
+            << " hold assembler code\n";
     if (files)
         for (auto const& [path, included] : s.files)
             out << (included ? "  included  " : "  main      ") << path << '\n';
@@ -105,6 +140,20 @@ std::string asJson(Statistics const& s) {
     json.Uint64(s.bytes);
     json.Key("units");
     json.Uint64(s.units);
+    json.Key("insight");
+    json.StartObject();
+    InsightCounts const& found = s.insight;
+    for (auto const& [key, count] : {std::pair{"functions", found.functions},
+                                     {"calls", found.calls},
+                                     {"reads", found.reads},
+                                     {"writes", found.writes},
+                                     {"entryPoints", found.entryPoints},
+                                     {"addressTaken", found.addressTaken},
+                                     {"withAssembler", found.withAssembler}}) {
+        json.Key(key);
+        json.Uint64(count);
+    }
+    json.EndObject();
     json.Key("classes");
     json.StartArray();
     for (ClassLine const& line : s.classes) {

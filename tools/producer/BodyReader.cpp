@@ -55,6 +55,7 @@ void BodyReader::read(CXCursor declaration, Id const& owner) {
                             isTemplateCursor(clang_getCursorKind(declaration));
     if (isFunction && clang_isCursorDefinition(declaration)) {
         read_.insert(owner);
+        uses_.addBody(owner);
         if (auto const extent = declarations_.sources().range(clang_getCursorExtent(declaration)))
             uses_.addExtent(owner, *extent);
     }
@@ -68,6 +69,7 @@ void BodyReader::readInstances() {
         if (isNull(definition) || read_.contains(id) || isImplicitMember(definition)) continue;
         if (!declarations_.sources().inProject(definition)) continue;
         read_.insert(id);
+        uses_.addBody(id);
         walk(definition, id, true);
     }
 }
@@ -84,6 +86,7 @@ void BodyReader::walk(CXCursor declaration, Id const& owner, bool isInstance) {
     if (root.kind == CXCursor_VarDecl) {
         root.partner = clang_Cursor_getVarDeclInitializer(declaration);
         root.sink = owner;
+        if (!isNull(root.partner)) uses_.addBody(owner);
     } else if (root.kind == CXCursor_FieldDecl) {
         root.sink = owner;
     } else {
@@ -96,10 +99,15 @@ void BodyReader::walk(CXCursor declaration, Id const& owner, bool isInstance) {
 
 CXChildVisitResult BodyReader::visit(Walk& walk, CXCursor cursor, CXCursor parent) {
     // The initialiser of a capture is a parent that was never shown; what is in it counts for the lambda.
-    auto const found = std::find_if(walk.frames.rbegin(), walk.frames.rend(), [&](Frame const& frame) {
+    auto const last = walk.frames.rend();
+    auto found = std::find_if(walk.frames.rbegin(), last, [&](Frame const& frame) {
         return clang_equalCursors(frame.cursor, parent) != 0;
     });
-    if (found != walk.frames.rend()) walk.frames.erase(found.base(), walk.frames.end());
+    if (found == last) {
+        found = std::find_if(walk.frames.rbegin(), last,
+                             [](Frame const& frame) { return frame.kind == CXCursor_LambdaExpr; });
+    }
+    if (found != last) walk.frames.erase(found.base(), walk.frames.end());
     Frame& around = walk.frames.back();
     Frame frame;
     frame.cursor = cursor;
@@ -107,6 +115,7 @@ CXChildVisitResult BodyReader::visit(Walk& walk, CXCursor cursor, CXCursor paren
     // A default argument is not evaluated by the function itself.
     bool const isDefault = around.kind == CXCursor_ParmDecl && clang_equalCursors(around.partner, cursor);
     frame.owner = isDefault ? around.sink : around.owner;
+    if (isDefault) uses_.addBody(frame.owner);
     if (clang_isExpression(frame.kind) || clang_isStatement(frame.kind)) {
         frame.expected = expectChild(around, cursor, frame.kind);
         if (frame.expected.keepsSink) frame.sink = around.sink;
@@ -242,7 +251,9 @@ void BodyReader::enterLambda(Walk const& walk, Frame const& frame) {
     CXCursor const function = isNull(closure) ? closure : callOperatorOf(closure);
     if (isNull(function)) return;
     Id const id = declarations_.refer(function);
-    if (read_.insert(id).second) this->walk(function, id, true);
+    if (!read_.insert(id).second) return;
+    uses_.addBody(id);
+    this->walk(function, id, true);
 }
 
 void BodyReader::useFunction(Frame const& frame, CXCursor function) {

@@ -188,6 +188,7 @@ Expectation expectByKind(Frame& parent, CXCursor child, CXCursorKind kind) {
             parent.type.kind == CXType_Void)
             return {effect::none, effect::none};
         return passed(parent);
+    case CXCursor_DeclRefExpr: // arguments of a template
     case CXCursor_UnaryExpr:
     case CXCursor_CXXTypeidExpr:
     case CXCursor_NonTypeTemplateParameter:

@@ -152,8 +152,13 @@ void ProjectFacts::add(UnitFacts&& unit) {
 // The first body wins, as the first definition does; what a lost definition uses is lost with it.
 void ProjectFacts::addUses(UnitFacts& unit) {
     for (UseFacts& uses : unit.uses) {
-        if (!losers_.contains(uses.owner) && users_.insert(uses.owner).second)
+        if (losers_.contains(uses.owner)) continue;
+        auto const [entry, isNew] = users_.try_emplace(uses.owner, uses_.size());
+        if (isNew) {
             uses_.push_back(std::move(uses));
+        } else if (uses.hasBody && !uses_[entry->second].hasBody) {
+            uses_[entry->second] = std::move(uses);
+        }
     }
     for (OverrideFact const& fact : unit.overrides) {
         if (knownOverrides_.emplace(fact.method, fact.overridden).second) overrides_.push_back(fact);

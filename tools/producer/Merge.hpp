@@ -81,7 +81,7 @@ class ProjectFacts {
     std::unordered_set<Id, IdHash> typeTable_;
     std::vector<Variant> variants_;
     std::deque<UseFacts> uses_;
-    std::unordered_set<Id, IdHash> users_;
+    std::unordered_map<Id, std::size_t, IdHash> users_; // their places in the list before
     std::vector<OverrideFact> overrides_;
     std::unordered_map<Id, std::vector<Position>, IdHash> macroUses_;
     std::set<std::pair<Id, Id>> knownOverrides_;

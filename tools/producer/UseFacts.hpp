@@ -22,6 +22,7 @@ struct UseFacts {
     Id owner{};                                      // a function, or a variable by its initialiser
     std::array<std::vector<Id>, useKindCount> lists; // each without repetition, in the order of first use
     std::vector<PointerFact> pointers;
+    bool hasBody = false; // or an initialiser; a declaration alone has no more than types
     bool hasAssembler = false;
 
     std::vector<Id>& of(UseKind kind) { return lists[static_cast<std::size_t>(kind)]; }

@@ -47,6 +47,10 @@ void UseRecorder::addPointer(Id const& owner, Id const& pointer, Id const& targe
         usesOf(owner).pointers.push_back({pointer, target});
 }
 
+void UseRecorder::addBody(Id const& owner) {
+    if (isWanted_ && !owner.is_nil()) usesOf(owner).hasBody = true;
+}
+
 void UseRecorder::addAssembler(Id const& owner) {
     if (isWanted_ && !owner.is_nil()) usesOf(owner).hasAssembler = true;
 }

@@ -17,6 +17,7 @@ class UseRecorder {
     // Nil targets are what the model has no element for.
     void add(Id const& owner, UseKind kind, Id const& target);
     void addPointer(Id const& owner, Id const& pointer, Id const& target);
+    void addBody(Id const& owner);
     void addAssembler(Id const& owner);
     void addOverride(Id const& method, Id const& overridden);
     // Macros used in that text are the owner's, unless the text of another owner inside it has them.
