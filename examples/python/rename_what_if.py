@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What would happen if a symbol were called otherwise. Nothing is changed: the renaming is rolled back.
+"""What would happen if a symbol or namespace were called otherwise. Nothing is changed: the renaming is rolled back.
 
     rename_what_if.py MODEL QUALIFIED_NAME NEW_NAME
 """
@@ -7,7 +7,7 @@
 import sys
 
 import zelkor
-from zelkor.ast import Symbol
+from zelkor.ast import Namespace, Symbol
 
 
 def names(symbols: list[Symbol]) -> dict[Symbol, str]:
@@ -17,7 +17,7 @@ def names(symbols: list[Symbol]) -> dict[Symbol, str]:
 
 def main(path: str, name: str, new_name: str) -> int:
     model = zelkor.load(path).model
-    symbol: Symbol = model[name]
+    symbol: Symbol | Namespace = model[name]
     everything = list(model.query(Symbol))
     before = names(everything)
     with model.transaction() as level:

@@ -3,13 +3,14 @@
 
     unused_functions.py MODEL
 
-A function that overrides another one is reached through its base, `main` and its like by the system; these do not count.
+A function that overrides another one is reached through its base, `main` by the system, and calls of destructors are not
+all recorded; these do not count.
 """
 
 import sys
 
 import zelkor
-from zelkor.ast import Function
+from zelkor.ast import Function, SpecialFunctionKind
 from zelkor.ast.codeinsight import FunctionInfo, FunInfo
 from zelkor.ast.source import SourceFile
 
@@ -27,6 +28,8 @@ def main(path: str) -> int:
     for info in model.query(FunctionInfo).where(FunctionInfo.is_called == False, FunctionInfo.is_address_taken == False):
         function = info.function
         if function is None or function in reached or function.name == "main" or function.is_compiler_generated:
+            continue
+        if function.special_kind == SpecialFunctionKind.Destructor:
             continue
         file = file_of(function)
         if file is None or file.is_included_from_system_include_dir or function.def_pos is None:

@@ -1,4 +1,4 @@
-// Finding symbols by their names.
+// Finding symbols and namespaces by their names.
 
 #include "Model.hpp"
 
@@ -39,8 +39,8 @@ bool isFile(std::u16string_view path, std::u16string_view wanted) {
            path[path.size() - wanted.size() - 1] == u'/';
 }
 
-bool standsIn(za::Symbol const& symbol, std::u16string_view wanted) {
-    za::source::LocatedObject const located = za::source::LocatedObject::cast(symbol);
+bool standsIn(ModelElement const& element, std::u16string_view wanted) {
+    za::source::LocatedObject const located = za::source::LocatedObject::cast(element);
     if (!located) return false;
     auto const in = [&](za::source::SourcePosition const& position) {
         za::source::SourceFile const file = position ? position.getFile() : za::source::SourceFile();
@@ -58,43 +58,62 @@ bool mayBe(std::string const& name, std::string const& whole) {
     return whole.find(name) != std::string::npos;
 }
 
-bool fits(za::Symbol const& symbol, Wanted const& wanted) {
-    std::string const& name = symbol.getName();
+std::string signatureOf(za::Symbol const& symbol) {
+    return symbol.generateSignature();
+}
+std::string signatureOf(za::Namespace const& space) {
+    return space.getFullyQualifiedName();
+}
+
+template <class Named>
+bool fits(Named const& element, Wanted const& wanted) {
+    std::string const& name = element.getName();
     if (wanted.name && name != *wanted.name) return false;
     if (wanted.qualified &&
-        !(mayBe(name, *wanted.qualified) && symbol.getFullyQualifiedName() == *wanted.qualified))
+        !(mayBe(name, *wanted.qualified) && element.getFullyQualifiedName() == *wanted.qualified))
         return false;
-    if (wanted.signature &&
-        !(mayBe(name, *wanted.signature) && symbol.generateSignature() == *wanted.signature))
+    if (wanted.signature && !(mayBe(name, *wanted.signature) && signatureOf(element) == *wanted.signature))
         return false;
-    if (wanted.pattern && !wanted.pattern->matches(std::string_view(symbol.getFullyQualifiedName())))
+    if (wanted.pattern && !wanted.pattern->matches(std::string_view(element.getFullyQualifiedName())))
         return false;
-    return !wanted.file || standsIn(symbol, *wanted.file);
+    return !wanted.file || standsIn(element, *wanted.file);
 }
 
-template <class Take>
-void eachSymbol(Model const& model, ClassTable const& table, Take const& take) {
+/// Hands the elements of a class to `take`, until it returns false.
+template <class Named, class Take>
+void each(Model const& model, ClassTable const& table, Take const& take) {
     brant::zero::query::Walk walk(brant::zero::query::WalkPlan::of(table), model);
     while (Body* const body = walk.next())
-        if (!body->isProxy() && !take(brant::zero::handleOn<za::Symbol>(body))) return;
+        if (!take(brant::zero::handleOn<Named>(body))) return;
 }
 
-py::list listOf(std::vector<za::Symbol> const& symbols, Model const& model) {
+/// What is asked for among the elements of a class that are a `Named`.
+template <class Named>
+void collect(Model const& model, ClassTable const& table, Wanted const& wanted, bool onlyFirst,
+             std::vector<ModelElement>& found) {
+    ClassTable const& named = Named::Impl::table;
+    if (!table.conformsTo(named) && !named.conformsTo(table)) return;
+    each<Named>(model, table.conformsTo(named) ? table : named, [&](Named const& element) {
+        if (fits(element, wanted)) found.push_back(element);
+        return !onlyFirst || found.empty();
+    });
+}
+
+py::list listOf(std::vector<ModelElement> const& elements, Model const& model) {
     py::list list;
-    for (za::Symbol const& symbol : symbols)
-        list.append(owned(wrap(symbol.get(), model)));
+    for (ModelElement const& element : elements)
+        list.append(owned(wrap(element.get(), model)));
     return list;
 }
 
 py::list find(Model const& model, py::handle type, py::handle name, py::handle qualified,
               py::handle signature, py::handle regex, py::handle file, bool onlyFirst) {
-    ClassTable const* table = &za::Symbol::Impl::table;
+    ClassTable const* table = &brant::zero::modelElementTable;
     if (!type.is_none()) {
         ElementClass const* const entry = PyType_Check(type.ptr())
                                               ? Types::get().find(reinterpret_cast<PyTypeObject*>(type.ptr()))
                                               : nullptr;
-        if (entry == nullptr || !entry->table->conformsTo(*table))
-            failType("find", "a class of symbols", type.ptr());
+        if (entry == nullptr) failType("find", "a class of elements", type.ptr());
         table = entry->table;
     }
     Wanted wanted{optionalBytes(name, "find: name"), optionalBytes(qualified, "find: qualified"),
@@ -105,13 +124,11 @@ py::list find(Model const& model, py::handle type, py::handle name, py::handle q
         wanted.pattern = Pattern("[\\s\\S]*(?:" + text + ")[\\s\\S]*");
     }
     if (!file.is_none()) wanted.file = textOf(file.ptr(), "find: file");
-    std::vector<za::Symbol> found;
+    std::vector<ModelElement> found;
     {
         Unlocked const unlocked(model);
-        eachSymbol(model, *table, [&](za::Symbol const& symbol) {
-            if (fits(symbol, wanted)) found.push_back(symbol);
-            return !onlyFirst || found.empty();
-        });
+        collect<za::Symbol>(model, *table, wanted, onlyFirst, found);
+        if (!onlyFirst || found.empty()) collect<za::Namespace>(model, *table, wanted, onlyFirst, found);
     }
     return listOf(found, model);
 }
@@ -121,7 +138,7 @@ py::set simpleNames(Model const& model) {
     std::vector<std::string> names;
     {
         Unlocked const unlocked(model);
-        eachSymbol(model, za::Symbol::Impl::table, [&](za::Symbol const& symbol) {
+        each<za::Symbol>(model, za::Symbol::Impl::table, [&](za::Symbol const& symbol) {
             names.push_back(symbol.getName());
             return true;
         });

@@ -43,13 +43,14 @@ class ExampleTest(unittest.TestCase):
     def test_unused_functions(self):
         status, lines, errors = self.run_example("unused_functions.py", self.model)
         self.assertEqual((status, lines, errors),
-                         (0, ["main.cpp:18: static int forgotten()", "shapes.cpp:23: int shapes::unused(int value)"], ""))
+                         (0, ["main.cpp:18: int forgotten(void)", "shapes.cpp:13: virtual int shapes::Body::weight(void)",
+                              "shapes.cpp:22: int shapes::unused(int value)"], ""))
 
     def test_who_writes(self):
         status, lines, errors = self.run_example("who_writes.py", self.model, "counter")
         self.assertEqual((status, sorted(lines), errors),
-                         (0, ["main.cpp:22: int main() takes its address", "main.cpp:6: void count() writes it",
-                              "shapes.cpp:23: int shapes::unused(int value) writes it"], ""))
+                         (0, ["main.cpp:22: int main(void) takes its address", "main.cpp:6: void count(void) writes it",
+                              "shapes.cpp:22: int shapes::unused(int value) writes it"], ""))
         status, _, errors = self.run_example("who_writes.py", self.model, "counte")
         self.assertEqual((status, errors), (1, "there is no symbol 'counte'; near ones: counter, count\n"))
 

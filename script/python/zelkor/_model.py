@@ -33,7 +33,7 @@ def _find(
     regex: str | None = None,
     file: str | os.PathLike[str] | None = None,
 ) -> list[_Element]:
-    """The symbols that fit all that is given, in the order of the model.
+    """The symbols and namespaces that fit all that is given, each in the order of the model.
 
     `name` is the simple name, `qualified` the whole one, `signature` the declaration in one line, `regex` a pattern that
     is found anywhere in the qualified name, `file` the last parts of the path of a file that declares the symbol.
@@ -52,11 +52,11 @@ def _near(model: Model, qualified: str) -> list[str]:
     close = difflib.get_close_matches(simple, likely, 3, 0.5)
     symbols = [s for name in close for s in _core.find(model, None, name, None, None, None, None, False)[:20]]
     whole = {str(s.get_fully_qualified_name()) for s in symbols}
-    return difflib.get_close_matches(qualified, sorted(whole), 3, 0.0)
+    return difflib.get_close_matches(qualified, sorted(whole), 3, 0.5)
 
 
 def _item(self: Model, qualified: str) -> Any:
-    """The first symbol of that qualified name; KeyError with near names when there is none."""
+    """The first symbol of that qualified name, else a namespace; KeyError with near names when there is none."""
     found = _core.find(self, None, None, qualified, None, None, None, True)
     if found:
         return found[0]
