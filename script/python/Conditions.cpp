@@ -14,9 +14,22 @@ using brant::zero::schema::ValueKind;
 
 namespace {
 
+/// What all nodes have: the walk, around the test of each.
+template <class Derived>
+class Walking : public Node {
+  public:
+    Body* next(query::Walk& walk, ClassTable const* exactly) const override {
+        auto const& self = static_cast<Derived const&>(*this);
+        while (Body* const body = walk.next())
+            if ((exactly == nullptr || &body->classTable() == exactly) && self.Derived::test(*body))
+                return body;
+        return nullptr;
+    }
+};
+
 /// A condition of the library as a node.
 template <class C>
-class Held final : public Node {
+class Held final : public Walking<Held<C>> {
   public:
     explicit Held(C condition, bool whenMissing = false)
         : condition_(std::move(condition)), whenMissing_(whenMissing) {}
@@ -35,7 +48,7 @@ std::shared_ptr<Node const> hold(C condition, bool whenMissing = false) {
 }
 
 /// Asks the element that a single reference leads to.
-class Through final : public Node {
+class Through final : public Walking<Through> {
   public:
     Through(query::Step step, std::shared_ptr<Node const> inner) : step_(step), inner_(std::move(inner)) {}
     bool test(Body const& element) const override {
@@ -51,7 +64,7 @@ class Through final : public Node {
 };
 
 template <bool Both>
-class Joined final : public Node {
+class Joined final : public Walking<Joined<Both>> {
   public:
     Joined(std::shared_ptr<Node const> a, std::shared_ptr<Node const> b)
         : a_(std::move(a)), b_(std::move(b)),
@@ -67,7 +80,7 @@ class Joined final : public Node {
     ClassTable const* subject_;
 };
 
-class Negated final : public Node {
+class Negated final : public Walking<Negated> {
   public:
     explicit Negated(std::shared_ptr<Node const> inner) : inner_(std::move(inner)) {}
     bool test(Body const& element) const override { return !inner_->test(element); }
@@ -169,11 +182,23 @@ void requireText(Place const& place) {
         fail("InvalidArgument", place.text + " is no text");
 }
 
-Condition anything() {
-    return {hold(query::Anything()), ""};
+/// Calls `make` with the condition on what is referred to; without one, with that which is compiled to
+/// nothing.
+template <class Make>
+auto withInner(Condition const* condition, Make const& make) {
+    return condition == nullptr ? make(query::Anything()) : make(*condition);
+}
+
+std::string textOfInner(Condition const* condition) {
+    return condition == nullptr ? "" : condition->text();
 }
 
 } // namespace
+
+std::shared_ptr<Node const> const& everything() {
+    static auto const node = hold(query::Anything());
+    return node;
+}
 
 char const* symbolOf(Comparison operation) {
     static constexpr char const* symbols[] = {" == ", " != ", " < ", " <= ", " > ", " >= "};
@@ -242,23 +267,26 @@ Condition matchText(Place const& place, std::string const& pattern) {
 }
 
 Condition quantify(Place const& place, query::Quantifier kind, char const* name, Condition const* condition) {
-    Condition const inner = condition == nullptr ? anything() : *condition;
-    query::QuantifiedCondition<Relation, Condition> const test(kind, relationOf(place), inner);
-    return place.behindPath(hold(test, kind != query::Quantifier::Any),
-                            place.text + '.' + name + '(' + inner.text() + ')');
+    std::string const text = place.text + '.' + name + '(' + textOfInner(condition) + ')';
+    return withInner(condition, [&](auto const& inner) {
+        query::QuantifiedCondition<Relation, std::decay_t<decltype(inner)>> const test(
+            kind, relationOf(place), inner);
+        return place.behindPath(hold(test, kind != query::Quantifier::Any), text);
+    });
 }
 
 Condition countElements(Place const& place, Condition const* condition, Comparison operation, long number) {
-    Condition const inner = condition == nullptr ? anything() : *condition;
-    query::Count<Relation, Condition> const count(relationOf(place), inner);
-    auto const node = withOperator(operation, [&](auto op) {
-        bool const missing = query::detail::compare<decltype(op)>(0L, number);
-        return hold(
-            query::CountCondition<query::Count<Relation, Condition>, decltype(op), long>(count, number),
-            missing);
+    auto const node = withInner(condition, [&](auto const& inner) {
+        using Counted = query::Count<Relation, std::decay_t<decltype(inner)>>;
+        return withOperator(operation, [&](auto op) {
+            bool const missing = query::detail::compare<decltype(op)>(0L, number);
+            return hold(
+                query::CountCondition<Counted, decltype(op), long>(Counted(relationOf(place), inner), number),
+                missing);
+        });
     });
-    return place.behindPath(node, "(" + place.text + ".count(" + inner.text() + ")" + symbolOf(operation) +
-                                      std::to_string(number) + ")");
+    return place.behindPath(node, "(" + place.text + ".count(" + textOfInner(condition) + ")" +
+                                      symbolOf(operation) + std::to_string(number) + ")");
 }
 
 Condition testClass(Place const& place, ClassTable const& wanted, bool exactly,

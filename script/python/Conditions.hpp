@@ -5,6 +5,7 @@
 #include "Element.hpp"
 
 #include <brant/zero/query/Condition.hpp>
+#include <brant/zero/query/Walk.hpp>
 
 #include <memory>
 #include <string>
@@ -14,12 +15,15 @@ namespace zelkor::python {
 
 namespace query = brant::zero::query;
 
-/// Asks one element; what stands behind the interface is compiled, so that a test costs one indirect call
-/// more than in a query of C++.
+/// Asks elements. What stands behind the interface is compiled, and it goes on from one hit to the next by
+/// itself: an element that does not pass costs what it costs in a query of C++.
 class Node {
   public:
     virtual ~Node() = default;
     [[nodiscard]] virtual bool test(Body const& element) const = 0;
+    /// \returns the next element of the walk that passes, null behind the last one; with a class those of
+    /// that class only.
+    [[nodiscard]] virtual Body* next(query::Walk& walk, ClassTable const* exactly) const = 0;
     /// \returns what holds where a path ends before it gets to the element.
     [[nodiscard]] virtual bool whenMissing() const noexcept { return false; }
     /// \returns the class that can be asked.
@@ -83,6 +87,8 @@ Condition matchText(Place const& place, std::string const& pattern);
 Condition quantify(Place const& place, query::Quantifier kind, char const* name, Condition const* condition);
 Condition countElements(Place const& place, Condition const* condition, Comparison operation, long number);
 Condition testClass(Place const& place, ClassTable const& wanted, bool exactly, std::string const& className);
+/// \returns the node that every element passes.
+std::shared_ptr<Node const> const& everything();
 /// Asks for the class of the element itself.
 Condition isOfClass(ClassTable const& wanted, std::string const& className);
 

@@ -7,6 +7,7 @@
 
 #include <brant/zero/query/Walk.hpp>
 
+#include <algorithm>
 #include <optional>
 #include <variant>
 
@@ -169,7 +170,7 @@ class Query {
         for (py::handle const one : conditions) {
             Condition const condition = conditionOf(one, type, "where");
             query::requireSubject(*wanted_->table, condition.subject());
-            narrower.condition_ = narrower.condition_ ? narrower.condition_->both(condition) : condition;
+            narrower.conditions_.push_back(condition);
         }
         return narrower;
     }
@@ -212,9 +213,10 @@ class Query {
     }
     [[nodiscard]] py::object results() const { return owned(makeResults(all(), model_)); }
     [[nodiscard]] std::string text() const {
-        std::string const name = shortName(*wanted_);
-        return "query(" + name + ")" + (exactly_ ? ".exactly()" : "") +
-               (condition_ ? ".where(" + condition_->text() + ")" : "");
+        std::string text = "query(" + shortName(*wanted_) + ")" + (exactly_ ? ".exactly()" : "");
+        for (Condition const& condition : conditions_)
+            text += (&condition == conditions_.data() ? ".where(" : ", ") + condition.text();
+        return text + (conditions_.empty() ? "" : ")");
     }
 
   private:
@@ -226,11 +228,13 @@ class Query {
         query::WalkPlan const& plan = query::WalkPlan::of(*wanted_->table);
         Unlocked const unlocked(model_);
         query::Walk walk = start(plan);
-        Node const* const node = condition_ ? condition_->node().get() : nullptr;
-        while (Body* const body = walk.next()) {
-            if (exactly_ && &body->classTable() != wanted_->table) continue;
-            if (node != nullptr && !node->test(*body)) continue;
-            if (!take(*body)) return;
+        Node const& first = conditions_.empty() ? *everything() : *conditions_.front().node();
+        ClassTable const* const exactly = exactly_ ? wanted_->table : nullptr;
+        while (Body* const body = first.next(walk, exactly)) {
+            auto const passes = [&](Condition const& condition) { return condition.test(*body); };
+            bool const fits =
+                conditions_.empty() || std::all_of(conditions_.begin() + 1, conditions_.end(), passes);
+            if (fits && !take(*body)) return;
         }
     }
     [[nodiscard]] query::Walk start(query::WalkPlan const& plan) const {
@@ -242,7 +246,7 @@ class Query {
     Model model_;
     ElementClass const* wanted_;
     bool exactly_ = false;
-    std::optional<Condition> condition_;
+    std::vector<Condition> conditions_; ///< all of them must hold
 };
 
 Query makeQuery(py::handle root, py::handle type) {

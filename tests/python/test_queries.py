@@ -108,7 +108,7 @@ class QueryTest(unittest.TestCase):
         self.assertEqual(self.model.query(LocatedObject).exactly().count(), 0)
         self.assertGreater(self.model.query(LocatedObject).count(), 300)
         self.assertEqual(repr(self.model.query(Function).exactly().where(lambda f: f.name == "a", Function.is_inline == False)),
-                         "query(Function).exactly().where((Function.name == 'a') & (Function.is_inline == False))")
+                         "query(Function).exactly().where((Function.name == 'a'), (Function.is_inline == False))")
 
     def test_a_loop_may_change_what_it_walks(self):
         model, _, _ = random_model(random.Random(3))
