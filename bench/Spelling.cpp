@@ -1,8 +1,7 @@
 // The library's spelling of the functions of real code beside the front end's own spelling of the same ones:
 //   bench_spelling BUILD_DIR [ROUNDS]
 // takes a compile database, such as one of scripts/corpus.sh.
-#include "Clang.hpp"
-#include "CompileDatabase.hpp"
+#include "FrontEnd.hpp"
 #include "Producer.hpp"
 #include "UnitParser.hpp"
 
@@ -29,19 +28,10 @@ struct FrontEnd {
     std::set<std::string> known;
 
     void parse(zp::CompileCommand const& command, std::string const& resources) {
-        std::vector<std::string> arguments = zp::cleanArguments(command.arguments);
-        arguments.insert(arguments.begin() + 1,
-                         {"-resource-dir", resources, "-working-directory", command.directory});
-        std::vector<char const*> words;
-        for (std::string const& argument : arguments)
-            words.push_back(argument.c_str());
-        CXTranslationUnit unit = nullptr;
-        clang_parseTranslationUnit2FullArgv(index.get(), nullptr, words.data(),
-                                            static_cast<int>(words.size()), nullptr, 0,
-                                            CXTranslationUnit_KeepGoing, &unit);
-        if (unit == nullptr) return;
-        units.emplace_back(unit);
-        collect(clang_getTranslationUnitCursor(unit));
+        zp::ClangUnit unit = zp::parseAlone(index.get(), command, resources, CXTranslationUnit_KeepGoing);
+        if (!unit) return;
+        collect(clang_getTranslationUnitCursor(unit.get()));
+        units.push_back(std::move(unit));
     }
 
     void collect(CXCursor parent) {

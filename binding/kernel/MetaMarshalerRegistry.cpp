@@ -63,18 +63,31 @@ MetaMarshalerRegistry::MetaMarshalerRegistry() {
 }
 
 ValueMarshaler const& MetaMarshalerRegistry::getPropertyMarshaler(meta::Type const& type) {
-    auto const found = marshalers_.find(type.get());
-    if (found != marshalers_.end()) return *found->second;
-    schema::ClassTable const* const table = meta::tableOf(meta::Class::cast(type));
-    if (table == nullptr)
-        reportException(brant0::messages::NoSuchType(type ? meta::qualifiedName(type) : std::u16string()));
-    registerTypeMarshaler(type, std::make_unique<ElementMarshaler>(type, *table));
-    return *marshalers_.find(type.get())->second;
+    auto found = marshalers_.find(type.get());
+    if (found == marshalers_.end()) {
+        schema::ClassTable const* const table = meta::tableOf(meta::Class::cast(type));
+        if (table == nullptr)
+            reportException(
+                brant0::messages::NoSuchType(type ? meta::qualifiedName(type) : std::u16string()));
+        registerTypeMarshaler(type, std::make_unique<ElementMarshaler>(type, *table));
+        found = marshalers_.find(type.get());
+    }
+    Entry& entry = found->second;
+    if (!entry.isReady) {
+        entry.isReady = true; // loading a class may lead back here
+        try {
+            entry.marshaler->initializeDependencies();
+        } catch (...) {
+            entry.isReady = false;
+            throw;
+        }
+    }
+    return *entry.marshaler;
 }
 
 void MetaMarshalerRegistry::registerTypeMarshaler(meta::Type const& type,
                                                   std::unique_ptr<ValueMarshaler> marshaler) {
-    marshalers_[type.get()] = std::move(marshaler);
+    marshalers_[type.get()] = {std::move(marshaler), false};
 }
 
 void MetaMarshalerRegistry::unregisterTypeMarshaler(meta::Type const& type) {

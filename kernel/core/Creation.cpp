@@ -324,6 +324,8 @@ Builder::Orchestrator::~Orchestrator() {
 
 void Builder::Orchestrator::addBuilder(Builder* builder) {
     if (builder->orchestrator_ == this) return;
+    // Its link belongs to the list of the other one, which would lose all that follow.
+    if (builder->orchestrator_ != nullptr) throw std::logic_error("the builder is being created already");
     builder->nextInOrchestration_ = std::exchange(builders_, builder);
     builder->orchestrator_ = this;
 }

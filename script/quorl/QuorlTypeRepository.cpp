@@ -1,4 +1,4 @@
-#include "quorl/QuorlType.hpp"
+#include "quorl/QuorlClass.hpp"
 
 #include "ArrayData.hpp"
 
@@ -101,6 +101,8 @@ ConvertedValue QuorlTypeRepository::convert(krelArray const& value, QuorlType co
                                             std::string_view where) const {
     if (type.accepts(value)) return ConvertedValue(value);
     ArrayPtr made;
+    // The package of the class brings the conversions to it.
+    if (type._kind == QuorlType::Kind::Class) QuorlClass::getClass(type._className);
     QuorlConversion const* conversion = getConversion(omGetTypeName(value), type.getSpelling());
     if (conversion == nullptr) conversion = getConversion("any", type.getSpelling());
     if (conversion != nullptr)

@@ -19,9 +19,7 @@ class CommandTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.folder = tempfile.TemporaryDirectory()
-        cls.model = cls.path("model.json")
-        with open(cls.model, "w", encoding="utf-8") as file:
-            json.dump({"format": "zelkor-ast", "version": "1.0", "elements": cls.elements}, file)
+        cls.model = cls.write_model("model.json", cls.elements)
 
     @classmethod
     def tearDownClass(cls):
@@ -30,6 +28,13 @@ class CommandTest(unittest.TestCase):
     @classmethod
     def path(cls, name):
         return os.path.join(cls.folder.name, name)
+
+    @classmethod
+    def write_model(cls, name, elements):
+        path = cls.path(name)
+        with open(path, "w", encoding="utf-8") as file:
+            json.dump({"format": "zelkor-ast", "version": "1.0", "elements": elements}, file)
+        return path
 
     def run_command(self, *words):
         done = subprocess.run([os.environ["ZELKOR"], *words], capture_output=True, text=True, check=False)

@@ -195,6 +195,10 @@ TEST(Builder, ReachedTwiceInOneOrchestrationMakesOneElement) {
         EXPECT_EQ(builder.doCreate(false, {}), first);
         EXPECT_EQ(orchestrator.getCreatedElement(&builder), first);
         EXPECT_EQ(model.size(), 1u);
+        za::Macro::Builder another(model);
+        Builder::Orchestrator second(&another);
+        EXPECT_THROW(second.addBuilder(&builder), std::logic_error);
+        EXPECT_EQ(orchestrator.getCreatedElement(&builder), first);
     }
     EXPECT_EQ(model.size(), 0u);
     EXPECT_NE(builder.create(), builder.create());

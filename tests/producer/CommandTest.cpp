@@ -24,6 +24,11 @@ TEST(Command, OnlyWhatTheFrontEndNeedsIsLeft) {
              Row{{"cc", "-Wall", "-Werror", "-Werror=shadow", "-O2", "a.c"}, {"cc", "-Wall", "-O2", "a.c"}},
              Row{{"cc", "-save-temps=obj", "-DMF=-MF", "a.c"}, {"cc", "-DMF=-MF", "a.c"}},
              Row{{"cc", "a.c", "-o"}, {"cc", "a.c"}},
+             Row{{"cc", "-fprofile-use=p", "-mtune=native", "-fdiagnostics-format=json", "a.c"},
+                 {"cc", "a.c"}},
+             Row{{"cc", "-Xclang", "-include-pch", "-Xclang", "h.pch", "-Xclang", "-include", "a.c"},
+                 {"cc", "-Xclang", "-include", "a.c"}},
+             Row{{"cc", "a.c", "-Xclang", "-include-pch", "-Xclang", "h.pch"}, {"cc", "a.c"}},
              Row{{"ccache"}, {"ccache"}},
              Row{{}, {}},
          }) {
@@ -47,6 +52,47 @@ TEST(Command, DatabaseIsReadInOrderFromDirectoryOrFile) {
         EXPECT_EQ(commands[1].file, "/p/src/sub/a.c");
         EXPECT_EQ(commonDirectory(commands), "/p/src");
     }
+}
+
+TEST(Command, FoldersMayBeToldFromTheDatabase) {
+    TemporaryDirectory const directory;
+    directory.write("compile_commands.json",
+                    R"([{"directory": "sub", "file": "../a.c", "command": "cc -c ../a.c"}])");
+    std::vector<CompileCommand> const commands = readCompileDatabase(directory.path().string());
+    ASSERT_EQ(commands.size(), 1U);
+    EXPECT_EQ(commands[0].directory, (directory.path() / "sub").string());
+    EXPECT_EQ(commands[0].file, (directory.path() / "a.c").string());
+}
+
+TEST(Command, CommandsOfOtherLanguagesAreTaken) {
+    struct Row {
+        char const* file;
+        Arguments arguments;
+        bool isTaken;
+    };
+    std::vector<Row> const rows{{"/a.S", {"cc", "-c", "a.S"}, true},
+                                {"/a.c", {"cc", "-c", "a.c"}, false},
+                                {"/a.o", {"cc", "-o", "a", "a.o"}, true},
+                                {"/a.inc", {"cc", "-c", "a.inc"}, false},
+                                {"/a.C", {"cc", "a.C"}, false},
+                                {"/b.S", {"cc", "-xc++", "b.S"}, false},
+                                {"/c.S", {"cc", "-x", "assembler-with-cpp", "c.S"}, true},
+                                {"/d.c", {"cc", "-x", "assembler", "d.c"}, true},
+                                {"/e.f90", {"gfortran", "-x", "none", "e.f90"}, true}};
+    std::vector<CompileCommand> commands;
+    Arguments taken, left;
+    for (Row const& row : rows) {
+        commands.push_back({"/", row.file, row.arguments});
+        (row.isTaken ? taken : left).push_back(row.file);
+    }
+    auto const files = [](std::vector<CompileCommand> const& list) {
+        Arguments names;
+        for (CompileCommand const& command : list)
+            names.push_back(command.file);
+        return names;
+    };
+    EXPECT_EQ(files(takeForeignCommands(commands)), taken);
+    EXPECT_EQ(files(commands), left);
 }
 
 TEST(Command, UnusableDatabasesSayWhatAndWhere) {
@@ -98,8 +144,27 @@ TEST(Unit, ForeignOptionsAreReportedAndDoNoHarm) {
     EXPECT_NE(findEntity(facts, EntityKind::Function, "used"), nullptr);
 }
 
+// The front end refuses the whole command for one of these, and tells nobody which.
+TEST(Unit, ValuesThatOnlyAnotherCompilerTakesAreLeftOut) {
+    for (Arguments const& options :
+         {Arguments{"-march=no-such-processor"}, Arguments{"-mfpmath=387", "-march=no-such-processor"},
+          Arguments{"-std=c++17"}, Arguments{"-traditional-cpp"}}) {
+        Arguments given = options;
+        given.push_back("-m32");
+        UnitFacts const facts = parse("plain.c", given);
+        EXPECT_EQ(facts.failure, "") << options.front();
+        EXPECT_EQ(facts.target.pointerBits, 32U) << options.front();
+        EXPECT_NE(findEntity(facts, EntityKind::Function, "used"), nullptr) << options.front();
+        for (std::string const& option : options)
+            EXPECT_NE(std::find(facts.rejectedOptions.begin(), facts.rejectedOptions.end(), option),
+                      facts.rejectedOptions.end())
+                << option;
+    }
+}
+
 TEST(Unit, AMissingHeaderLeavesTheRestWhole) {
     UnitFacts const facts = parse("broken.cpp");
+    EXPECT_EQ(facts.missingHeaders, Arguments{"no_such_header.hpp"});
     EXPECT_EQ(facts.failure, "");
     ASSERT_GE(facts.diagnostics.size(), 3U);
     EXPECT_EQ(facts.diagnostics[0].line, 2U);
@@ -130,11 +195,12 @@ TEST(Unit, WhatCannotBeParsedSaysWhy) {
         char const* reason;
     };
     for (Row const& row :
-         {Row{"nowhere.c", {}, "No such file"}, Row{"plain.c", {"-std=c++17"}, "could not parse"},
+         {Row{"nowhere.c", {}, "No such file"}, Row{"plain.c", {"-include-pch", "no.pch"}, "could not parse"},
           Row{"first.cpp", {"-target", "no-such-machine"}, "could not parse"}}) {
         UnitFacts const facts = parse(row.file, row.options);
         EXPECT_NE(facts.failure.find(row.reason), std::string::npos) << row.file << ": " << facts.failure;
-        EXPECT_TRUE(facts.entities.empty());
+        EXPECT_TRUE(facts.entities.empty() && facts.rejectedOptions.empty());
+        EXPECT_NE(facts.advice, "");
     }
 }
 

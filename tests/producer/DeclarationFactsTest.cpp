@@ -117,7 +117,7 @@ TEST_F(DeclarationFacts, VariablesAndConstants) {
         {false, "same", "decltype(int)", "int 4", None, Linkage::Cxx},
         {false, "huge", "ullong", "int 18446744073709551615", None, Linkage::Cxx},
         {false, "box", "Box", "run time", None, Linkage::Cxx},
-        {false, "pairs", "pointer(Box)", "int 0", None, Linkage::Cxx},
+        {false, "pairs", "pointer(Pair)", "int 0", None, Linkage::Cxx},
         {false, "hidden", "int", "int 1", None, Linkage::Internal},
         {false, "sharedWithC", "int", nullptr, None, Linkage::C},
         {false, "calls", "int", nullptr, Static, Linkage::None},
@@ -369,6 +369,101 @@ TEST_F(DeclarationFacts, InstantiationsHaveArgumentsAndFields) {
                        typeText(*first, entity.arguments.at(0).type) == "int";
     }
     EXPECT_TRUE(hasFunction) << "a call of a function template refers to the instantiation";
+}
+
+std::string argumentText(UnitFacts const& facts, Entity const& entity) {
+    std::string text;
+    for (TemplateArgumentFact const& argument : entity.arguments) {
+        text += text.empty() ? "" : ", ";
+        if (argument.kind == ArgumentKind::PackStart) text += "pack";
+        if (argument.kind == ArgumentKind::Type) text += typeText(facts, argument.type);
+        if (!argument.parameter.is_nil()) text += typeText(facts, argument.parameter);
+        if (argument.value) text += constantText(*argument.value);
+    }
+    return text;
+}
+
+TEST_F(DeclarationFacts, AliasesAndWrittenArguments) {
+    UnitFacts const modern = parse("modern.cpp", {"-std=c++20"});
+    ASSERT_FALSE(modern.hasErrors());
+    struct Row {
+        EntityKind kind;
+        char const* name;
+        char const* type;
+        char const* arguments; // of the first specialisation in the type
+        char const* behind;    // its own type, of a typedef
+    };
+    using enum EntityKind;
+    Row const rows[] = {
+        {Method, "attribute", "fn()->ref(const(Attribute))", "Word, Holder", "Entry"},
+        {Method, "own", "fn(Word,pointer(const(Word)),)->Own", "bool", "Entry"},
+        {Variable, "aliasOfItsName", "Cell", "int", "Cell"},
+        {Variable, "classOfItsName", "Cell", "int", "none"},
+        {Variable, "throughNamespaceAlias", "Attribute", "int, Holder", "Entry"},
+        {Variable, "address", "Address", "Holder", "pointer(Holder)"},
+        {Method, "same", "fn()->Path", "param Depth", "none"},
+        {Method, "then", "fn(ref(const(Path)),Path,Entry,)->Path", "parameter Depth + Rest", "none"},
+        {Method, "alias", "fn()->Address", "Path", "pointer(Path)"},
+        {Variable, "deduced", "Deduced", "int, pack, long", "none"},
+    };
+    auto const find = [&](Id const& id) -> Entity const* {
+        for (Entity const& entity : modern.entities)
+            if (entity.id == id) return &entity;
+        return nullptr;
+    };
+    for (Row const& row : rows) {
+        Entity const* const entity = findEntity(modern, row.kind, row.name);
+        ASSERT_NE(entity, nullptr) << row.name;
+        EXPECT_EQ(typeText(modern, entity->type), row.type) << row.name;
+        Entity const* made = find(entity->type);
+        for (Id id = entity->type; !made;) {
+            auto const type = std::find_if(modern.types.begin(), modern.types.end(),
+                                           [&](TypeFact const& fact) { return fact.id == id; });
+            ASSERT_NE(type, modern.types.end()) << row.name;
+            made = find(id = type->base);
+        }
+        EXPECT_EQ(argumentText(modern, *made), row.arguments) << row.name;
+        EXPECT_EQ(typeText(modern, made->type), row.behind) << row.name;
+    }
+    Entity const* const then = findEntity(modern, Method, "then");
+    std::vector<std::string> arguments;
+    for (TypeFact const& type : modern.types) {
+        if (type.id != then->type) continue;
+        for (std::size_t i = 1; i < type.parameters.size(); ++i)
+            arguments.push_back(argumentText(modern, *find(type.parameters[i])));
+    }
+    EXPECT_EQ(arguments, (std::vector<std::string>{"parameter (Depth > 2)", "Path, int, int -3"}));
+}
+
+TEST_F(DeclarationFacts, OverloadsThatDifferInConstraintsStayApart) {
+    UnitFacts const modern = parse("modern.cpp", {"-std=c++20"});
+    struct Row {
+        char const* name;
+        std::vector<std::size_t> positions; // of each template with that name
+    };
+    for (Row const& row : {Row{"show", {2, 1, 1}}, Row{"brief", {1, 1}},
+                           Row{"<deduction guide for Deduced>", {1}}, Row{"Deduced", {1}}}) {
+        std::vector<std::size_t> positions;
+        for (Entity const& entity : modern.entities) {
+            if (entity.kind != EntityKind::Template || entity.name != row.name) continue;
+            positions.push_back(entity.declarations.size() + (entity.definition ? 1 : 0));
+            TemplateFacts const& facts = *entity.as<TemplateFacts>();
+            bool const isAbbreviated = entity.name == "brief";
+            EXPECT_EQ(facts.parameters.empty(), isAbbreviated) << row.name;
+            auto const prototype =
+                std::find_if(modern.entities.begin(), modern.entities.end(),
+                             [&](Entity const& candidate) { return candidate.id == facts.prototype; });
+            ASSERT_NE(prototype, modern.entities.end()) << row.name;
+            EXPECT_TRUE(prototype->isPrototype) << row.name;
+            EXPECT_EQ(prototype->arguments.empty(), isAbbreviated) << row.name;
+        }
+        EXPECT_EQ(positions, row.positions) << row.name;
+    }
+    Entity const* scan = nullptr;
+    for (Entity const& entity : modern.entities)
+        if (entity.name == "scan" && entity.kind == EntityKind::Method && !entity.isPrototype) scan = &entity;
+    ASSERT_NE(scan, nullptr);
+    EXPECT_EQ(argumentText(modern, *scan), "int, long") << "deduced from the types of the parameters";
 }
 
 TEST_F(DeclarationFacts, LambdasHoldWhatIsInsideThem) {

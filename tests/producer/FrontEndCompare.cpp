@@ -125,8 +125,10 @@ void FrontEndWalk::compareTemplate(CXCursor cursor, za::Template const& made) {
         bool const isParameter = kind == CXCursor_TemplateTypeParameter ||
                                  kind == CXCursor_NonTypeTemplateParameter ||
                                  kind == CXCursor_TemplateTemplateParameter;
+        // The parameters of templates around, which a declaration outside repeats, belong to no template.
+        CXCursorKind const parent = clang_getCursorKind(clang_getCursorSemanticParent(child));
         bool const isOwn = clang_getCursorKind(cursor) == CXCursor_TypeAliasTemplateDecl ||
-                           clang_equalCursors(clang_getCursorSemanticParent(child), cursor);
+                           (parent != CXCursor_TranslationUnit && parent != CXCursor_Namespace);
         if (isParameter && isOwn) names.push_back(plainName(child));
     }
     std::size_t const held =

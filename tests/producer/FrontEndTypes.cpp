@@ -55,6 +55,13 @@ bool agreesFloat(types::Type const& type, CXTypeKind kind) {
            ((kind == CXType_Half || kind == CXType_Float16) && made == types::FloatKind::Half);
 }
 
+// "vector" of "std::vector<ns::A>".
+std::string lastName(std::string const& text) {
+    std::string const name = text.substr(0, text.find('<'));
+    std::size_t const colon = name.rfind("::");
+    return colon == std::string::npos ? name : name.substr(colon + 2);
+}
+
 template <class Layer>
 types::Type inner(types::Type const& type) {
     auto const layer = Layer::cast(type);
@@ -208,7 +215,14 @@ bool FrontEndWalk::agreesUnexposed(types::Type const& type, CXType expected, uns
             return static_cast<bool>(types::OpaqueType::cast(op.getType()));
         return agrees(op.getType(), canonical, depth);
     }
-    if (canonical.kind != CXType_Unexposed) return agrees(type, canonical, depth);
+    if (canonical.kind != CXType_Unexposed) {
+        types::Type behind = type;
+        while (auto const alias = types::TypedefType::cast(behind))
+            behind = alias.getType();
+        // Only what the source names by another name may be called otherwise than what it is.
+        bool const isNamed = type.getName() == lastName(text) || (behind == type && text == canonicalText);
+        return isNamed && agrees(behind, canonical, depth);
+    }
     if (auto const opaque = types::OpaqueType::cast(type)) return opaque.getName() == text;
     std::string const name = take(clang_getCursorSpelling(clang_getTypeDeclaration(expected)));
     return (types::AggregateType::cast(type) || types::TypedefType::cast(type)) && type.getName() == name;

@@ -30,8 +30,9 @@ class Import : public ::testing::Test {
         return directory_.path();
     }
     std::filesystem::path wholeProject() {
-        return database(
-            {commandFor("first.cpp", "-DGIVEN=1"), commandFor("second.cpp"), commandFor("plain.c")});
+        return database({commandFor("first.cpp", "-DGIVEN=1"), commandFor("second.cpp"),
+                         commandFor("modern.cpp", "-std=c++20"), commandFor("plain.c"),
+                         commandFor("uses.cpp"), commandFor("uses.c", "-std=gnu11")});
     }
 
     TemporaryDirectory directory_;
@@ -138,10 +139,11 @@ TEST_F(Import, ProgressCountsEachUnitOnceInOrder) {
     options.progress = [&](ImportProgress const& progress) {
         files.push_back(progress.file);
         EXPECT_EQ(progress.unitsDone, files.size());
-        EXPECT_EQ(progress.unitsTotal, 3U);
+        EXPECT_EQ(progress.unitsTotal, 6U);
     };
     importProject(ast, options);
-    EXPECT_EQ(files, (std::vector<std::string>{"first.cpp", "second.cpp", "plain.c"}));
+    EXPECT_EQ(files, (std::vector<std::string>{"first.cpp", "second.cpp", "modern.cpp", "plain.c", "uses.cpp",
+                                               "uses.c"}));
 }
 
 TEST_F(Import, AModelThatHoldsSomethingIsRefused) {

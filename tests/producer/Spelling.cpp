@@ -90,12 +90,36 @@ void unifyWords(Tokens& tokens) {
         if (token == "__restrict" || token == "__restrict__") token = "restrict";
         if (token == "_Bool") token = "bool";
     }
-    for (std::size_t i = 0; i + 3 < tokens.size(); ++i)
-        if (tokens[i] == "__vector") {
-            tokens[i + 1].assign(1, '[');
-            tokens[i + 3].assign(1, ']');
-            tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(i));
-        }
+}
+
+// The layers around a vector, which the model writes in front of its bracket: "int &[2]" and "int
+// __vector(2)&".
+void moveVectors(Tokens& tokens) {
+    for (std::size_t i = 0; i + 3 < tokens.size(); ++i) {
+        if (tokens[i] != "__vector") continue;
+        Tokens bracket = {"[", tokens[i + 2], "]"};
+        auto const at = tokens.begin() + static_cast<std::ptrdiff_t>(i);
+        auto const end = std::find_if(at + 4, tokens.end(), [](std::string const& token) {
+            return token != "*" && token != "&" && !isOneOf(token, qualifiers);
+        });
+        tokens.insert(end, bracket.begin(), bracket.end());
+        tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(i),
+                     tokens.begin() + static_cast<std::ptrdiff_t>(i) + 4);
+    }
+}
+
+// Function types of the model have no qualifiers: "f(void (C::*)() const noexcept)" and "f(void (*)())".
+// Outside all brackets `const` belongs to a method, unless the text is a type.
+void dropFunctionQualifiers(Tokens& tokens, bool isType) {
+    std::erase(tokens, "noexcept");
+    int depth = isType ? 1 : 0;
+    for (std::size_t i = 0; i < tokens.size(); ++i) {
+        if (tokens[i] == "(") ++depth;
+        if (tokens[i] != ")") continue;
+        --depth;
+        while (depth > 0 && i + 1 < tokens.size() && isOneOf(tokens[i + 1], qualifiers))
+            tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+    }
 }
 
 // No parameters: "(void)" and "()".
@@ -128,8 +152,8 @@ void dropDeclarators(Tokens& tokens) {
 void moveQualifiers(Tokens& tokens) {
     Tokens result;
     for (std::size_t i = 0; i < tokens.size();) {
-        bool const begins =
-            result.empty() || result.back() == "(" || result.back() == "," || result.back() == "<";
+        bool const begins = result.empty() || result.back() == "(" || result.back() == "," ||
+                            result.back() == "<" || result.back() == "operator";
         Tokens moved;
         while (begins && i < tokens.size() && isOneOf(tokens[i], qualifiers))
             moved.push_back(tokens[i++]);
@@ -182,7 +206,8 @@ void plainNumbers(Tokens& tokens) {
 void nameScopesOnly(Tokens& tokens) {
     for (std::size_t i = 1; i < tokens.size(); ++i) {
         if (tokens[i] != "(" || !isWord(tokens[i - 1])) continue;
-        std::size_t const end = closing(tokens, i);
+        std::size_t end = closing(tokens, i);
+        if (end + 1 < tokens.size() && tokens[end + 1] == "const") ++end;
         if (end + 1 < tokens.size() && tokens[end + 1] == "::")
             tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(i),
                          tokens.begin() + static_cast<std::ptrdiff_t>(end) + 1);
@@ -227,7 +252,8 @@ void dropEllipses(Tokens& tokens) {
 // Parameters that are arrays are pointers: "f(int[3])" and "f(int *)", "f(int[2][3])" and "f(int (*)[3])".
 void decayArrays(Tokens& tokens) {
     for (std::size_t i = 0; i < tokens.size(); ++i) {
-        if (tokens[i] != "[" || tokens[i - 1] == "]" || tokens[i - 1] == ")") continue;
+        bool const isVector = i > 0 && tokens[i - 1] == "&"; // there are no arrays of references
+        if (tokens[i] != "[" || tokens[i - 1] == "]" || tokens[i - 1] == ")" || isVector) continue;
         std::size_t const end = closing(tokens, i);
         if (end + 1 >= tokens.size()) continue;
         Tokens pointer;
@@ -253,6 +279,8 @@ Tokens commonForm(std::string text, bool expanded) {
     if (expanded) unifyWords(text);
     Tokens tokens = tokensOf(text);
     unifyWords(tokens);
+    moveVectors(tokens);
+    dropFunctionQualifiers(tokens, !expanded);
     dropVoidLists(tokens);
     dropDeclarators(tokens);
     moveQualifiers(tokens);

@@ -32,6 +32,10 @@ TEST(Spelling, FullNamesAreEqualUpToTheRules) {
              Row{"A<3, 1>::f(void)", "A<3u, true>::f()"},
              Row{"A<2>::f(void)", "A<(ns::E)2>::f()"},
              Row{"f::Local::m(void)", "f(int)::Local::m()"},
+             Row{"f::Local::m(void)", "f(int) const::Local::m()"},
+             Row{"A::operator const B &(void) const", "A::operator B const&() const"},
+             Row{"f(int &[2], int *[2])", "f(int __vector(2)&, int __vector(2)*)"},
+             Row{"f(int /* FunctionType */ (char)) const", "f(int (C::*)(char) const noexcept) const"},
              Row{"f(int[3], char const *[])", "f(int*, const char**)"},
              Row{"f(int[2][3], float[4])", "f(int (*) [3], float __vector(4))"},
              Row{"A::operator string const &(void) const", "A::operator ns::string const&() const"},
@@ -50,9 +54,12 @@ TEST(Spelling, FullNamesAreEqualUpToTheRules) {
              Row{"A<3>::f()", "A<4>::f()"},
              Row{"f(int (*)(char))", "f(int (*)(int))"},
              Row{"f() const", "f()"},
+             Row{"A::operator<(int) const", "A::operator<(int)"},
              Row{"A::operator int()", "A::operator char()"},
              Row{"operator new(int)", "operator delete(int)"},
              Row{"f(int[3][4])", "f(int**)"},
+             Row{"f(int &[2])", "f(int __vector(4)&)"},
+             Row{"A::operator const B &(void)", "A::operator B&()"},
          })
         EXPECT_NE(fullSpelling(row.ours), fullSpelling(row.theirs)) << row.theirs;
 }
@@ -65,6 +72,7 @@ TEST(Spelling, WrittenTypesLeaveOutScopesAndArguments) {
              Row{"A &&", "::A &&"},
              Row{"A ... &&", "A &&..."},
              Row{"int[3]", "int[3]"},
+             Row{"A const & /* FunctionType */ (void)", "const A &(C::*)() const"},
          })
         EXPECT_EQ(writtenSpelling(row.ours), writtenSpelling(row.theirs)) << row.theirs;
     for (Row const& row : {

@@ -1,14 +1,13 @@
 // `zelkor find`: symbols by class and name, one line each.
 
-#include "Records.hpp"
+#include "Answers.hpp"
+#include "Classes.hpp"
 
 #include <brant/zero/meta/Names.hpp>
 #include <brant/zero/query/Pattern.hpp>
 
-#include <algorithm>
 #include <iostream>
 #include <optional>
-#include <tuple>
 
 namespace zelkor::command {
 
@@ -19,37 +18,12 @@ using brant::zero::query::Pattern;
 
 namespace {
 
-void collectSymbolClasses(meta::Package const& package, std::vector<meta::Class>& classes) {
-    for (meta::Type const& type : package.getTypes())
-        if (meta::Class const cls = meta::Class::cast(type);
-            cls && meta::isSubclassOf(cls, za::Symbol::metaClass()))
-            classes.push_back(cls);
-    for (meta::Package const& inner : package.getSubPackages())
-        collectSymbolClasses(inner, classes);
-}
-
-/// \returns the class of that simple or dotted name. \throws UsageError when symbols have no such class.
-meta::Class symbolClass(std::string const& word) {
-    std::vector<meta::Class> classes;
-    collectSymbolClasses(za::MetaPackageZelkor_ast::getInstance().rootPackage(), classes);
-    std::vector<std::string> names;
-    for (meta::Class const& cls : classes) {
-        std::string const simple = brant::zero::toUtf8(cls.getName());
-        std::string const dotted = meta::qualifiedNameUtf8(cls);
-        bool const ends = !word.empty() && dotted.ends_with(word);
-        if (ends && (dotted.size() == word.size() || dotted[dotted.size() - word.size() - 1] == '.')) return cls;
-        names.push_back(simple);
-    }
-    std::string const near = nearest(word, names);
-    throw UsageError("'" + word + "' is no class of symbols" +
-                     (near.empty() ? "; zelkor schema lists the classes" : "; did you mean '" + near + "'?"));
-}
-
 /// What is looked for.
 class Wanted {
   public:
     explicit Wanted(Arguments const& arguments)
-        : wanted_(symbolClass(arguments.value("--class", "Symbol"))), options_(optionsOf(arguments)) {
+        : wanted_(classNamed(arguments.value("--class", "Symbol"), {za::Symbol::metaClass()})),
+          options_(optionsOf(arguments)) {
         std::vector<std::pair<char const*, za::NameFinderKind>> const ways = {
             {"--name", za::NameFinderKind::Name},
             {"--qualified", za::NameFinderKind::FullyQualifiedName},
@@ -157,34 +131,14 @@ std::vector<za::Scope> outermostScopes(za::Ast const& ast) {
     return scopes;
 }
 
-struct Hit {
-    za::Symbol symbol;
-    Place place;
-};
-
-/// In the order of places; what has none comes last, in the order of the model.
-std::vector<Hit> hits(za::Ast const& ast, Wanted const& wanted) {
-    std::vector<Hit> all;
+/// In the order of places.
+Section found(za::Ast const& ast, Wanted const& wanted) {
+    Section section;
     for (za::Scope const& scope : outermostScopes(ast))
         for (za::Symbol const& symbol : wanted.in(scope))
-            all.push_back({symbol, placeOf(symbol)});
-    auto const key = [](Place const& place) {
-        return std::tuple(!place.known(), std::string_view(place.path), place.line, place.column);
-    };
-    std::stable_sort(all.begin(), all.end(),
-                     [&](Hit const& a, Hit const& b) { return key(a.place) < key(b.place); });
-    return all;
-}
-
-std::string line(Hit const& hit) {
-    std::string const text =
-        za::Function::cast(hit.symbol) ? hit.symbol.generateSignature() : hit.symbol.getFullyQualifiedName();
-    return (hit.place.known() ? hit.place.text() + ": " : "") + className(hit.symbol) + ' ' + text + '\n';
-}
-
-std::string record(Hit const& hit) {
-    return "    {" + commonMembers(hit.symbol) +
-           ", \"signature\": " + jsonText(hit.symbol.generateSignature()) + placeMembers(hit.place) + "}";
+            section.rows.push_back({symbol});
+    sortByPlace(section.rows);
+    return section;
 }
 
 /// Says why nothing was found: such a name is there but left out, or names like it are.
@@ -206,23 +160,9 @@ int reportNothing(za::Ast const& ast, Wanted const& wanted) {
 int runFind(Arguments const& arguments) {
     arguments.requireOperands({"FILE"});
     Wanted const wanted(arguments);
-    std::size_t const limit = arguments.number("--limit", 0);
     za::Ast const ast = readModel(arguments.operands()[0]);
-    std::vector<Hit> found = hits(ast, wanted);
-    bool const nothing = found.empty();
-    if (limit != 0 && found.size() > limit) found.resize(limit);
-    if (arguments.has("--json")) {
-        std::vector<std::string> records;
-        for (Hit const& hit : found)
-            records.push_back(record(hit));
-        print(jsonReply("zelkor-find", records));
-    } else {
-        std::string lines;
-        for (Hit const& hit : found)
-            lines += line(hit);
-        print(lines);
-    }
-    return nothing ? reportNothing(ast, wanted) : Ok;
+    int const code = printAnswer(arguments, "find", {found(ast, wanted)});
+    return code == Ok ? Ok : reportNothing(ast, wanted);
 }
 
 } // namespace zelkor::command

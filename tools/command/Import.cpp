@@ -1,11 +1,11 @@
+#include "ImportReport.hpp"
 #include "Producer.hpp"
+#include "Progress.hpp"
 #include "Verbs.hpp"
 
 #include <atomic>
-#include <chrono>
 #include <csignal>
 #include <iostream>
-#include <unistd.h>
 
 namespace zelkor::command {
 
@@ -17,91 +17,21 @@ void onInterrupt(int) {
     interrupted.store(true);
 }
 
-/// One line on a terminal, redrawn at most ten times a second; nothing elsewhere.
-class ProgressLine {
-  public:
-    explicit ProgressLine(bool wanted) : shown_(wanted && isatty(STDERR_FILENO) == 1) {}
-    ~ProgressLine() { clear(); }
-
-    void show(producer::ImportProgress const& progress) {
-        auto const now = std::chrono::steady_clock::now();
-        if (!shown_ ||
-            (progress.unitsDone != progress.unitsTotal && now - last_ < std::chrono::milliseconds(100)))
-            return;
-        last_ = now;
-        std::cerr << "\r\033[K[" << progress.unitsDone << '/' << progress.unitsTotal << "] " << progress.file
-                  << std::flush;
-        drawn_ = true;
-    }
-    void clear() {
-        if (std::exchange(drawn_, false)) std::cerr << "\r\033[K" << std::flush;
-    }
-
-  private:
-    bool shown_;
-    bool drawn_ = false;
-    std::chrono::steady_clock::time_point last_{};
-};
-
-char const* severityName(producer::DiagnosticSeverity severity) {
-    switch (severity) {
-    case producer::DiagnosticSeverity::Note:
-        return "note";
-    case producer::DiagnosticSeverity::Warning:
-        return "warning";
-    default:
-        return "error";
-    }
+/// The first signal lets the import end in good order, a second one ends the program at once.
+void watchInterrupts() {
+    struct sigaction action {};
+    action.sa_handler = onInterrupt;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
+    for (int const signal : {SIGINT, SIGTERM})
+        sigaction(signal, &action, nullptr);
 }
 
-void reportDiagnostics(producer::ImportResult const& result, unsigned limit) {
-    std::size_t printed = 0;
-    std::size_t errors = 0;
-    for (producer::ImportDiagnostic const& d : result.diagnostics) {
-        if (d.severity < producer::DiagnosticSeverity::Error) continue;
-        ++errors;
-        if (limit != 0 && printed >= limit) continue;
-        ++printed;
-        if (!d.file.empty()) std::cerr << d.file << ':' << d.line << ':' << d.column << ": ";
-        std::cerr << severityName(d.severity) << ": " << d.text << '\n';
-    }
-    if (errors > printed)
-        std::cerr << "zelkor: " << errors - printed << " more errors; --error-limit 0 shows all\n";
-    for (auto const& [option, units] : result.rejectedOptions)
-        std::cerr << "zelkor: note: compiler option " << option
-                  << " is unknown to the front end and was left out of " << units << " units\n";
+int reportInterrupt() {
+    std::cerr << "zelkor: interrupted; nothing was written\n";
+    return Interrupted;
 }
 
-int summarise(producer::ImportResult const& result, bool quiet, bool failOnError) {
-    std::size_t const failed = result.countUnits(producer::UnitState::Failed);
-    std::size_t const incomplete = result.countUnits(producer::UnitState::Incomplete);
-    for (producer::UnitReport const& unit : result.units)
-        if (unit.state != producer::UnitState::Complete)
-            std::cerr << "zelkor: " << (unit.state == producer::UnitState::Failed ? "failed" : "incomplete")
-                      << ": " << unit.file << ": " << unit.reason << '\n';
-    if (!quiet)
-        std::cerr << "imported " << result.units.size() - failed << " of " << result.units.size()
-                  << " units, " << incomplete << " incomplete, " << failed << " failed"
-                  << (result.variants.empty() ? ""
-                                              : ", " + std::to_string(result.variants.size()) +
-                                                    " definitions differ between units")
-                  << '\n';
-    return failOnError && failed + incomplete > 0 ? UnitsFailed : Ok;
-}
-
-} // namespace
-
-int runImport(Arguments const& arguments) {
-    arguments.requireOperands({});
-    if (!arguments.has("--project"))
-        throw UsageError("missing option: -p BUILD_DIR, the folder with compile_commands.json");
-    if (!arguments.has("--output")) throw UsageError("missing option: -o FILE, or -o - for standard output");
-    std::string const out = arguments.value("--output");
-    auto const format = formatOf(out, arguments.value("--format"));
-    bool const quiet = arguments.has("--quiet");
-
-    std::signal(SIGINT, onInterrupt);
-    ProgressLine line(!quiet);
+producer::ImportOptions importOptions(Arguments const& arguments, Progress& progress) {
     producer::ImportOptions options;
     options.database = arguments.value("--project");
     options.root = arguments.value("--root");
@@ -111,19 +41,92 @@ int runImport(Arguments const& arguments) {
         throw UsageError("--transitive is about insight; leave out --no-insight");
     if (arguments.has("--no-insight")) options.insight = producer::Insight::None;
     if (arguments.has("--transitive")) options.insight = producer::Insight::Transitive;
+    if (!arguments.has("--no-cache"))
+        options.cacheDirectory = arguments.value("--cache", producer::defaultCacheDirectory());
     options.cancelled = &interrupted;
-    options.progress = [&line](producer::ImportProgress const& progress) { line.show(progress); };
+    options.progress = [&progress](producer::ImportProgress const& now) {
+        progress.show(now.unitsDone, now.unitsTotal, now.file);
+    };
+    return options;
+}
 
+ReportOptions reportOptions(Arguments const& arguments) {
+    return {arguments.number("--error-limit", 20), arguments.has("--verbose"), arguments.has("--quiet")};
+}
+
+std::string requireOutput(Arguments const& arguments) {
+    if (!arguments.has("--output")) throw UsageError("missing option: -o FILE, or -o - for standard output");
+    return arguments.value("--output");
+}
+
+/// Runs `fill`, which gives an ImportResult, on a new model, and writes that.
+template <class Fill>
+int writeImport(Arguments const& arguments, char const* done, Fill fill) {
+    std::string const out = requireOutput(arguments);
+    auto const format = formatOf(out, arguments.value("--format"));
+    ReportOptions const report = reportOptions(arguments);
+    Progress progress(arguments.value("--progress"), report.isQuiet);
+    watchInterrupts();
     zelkor::ast::Ast ast;
-    producer::ImportResult const result = producer::importProject(ast, options);
-    line.clear();
-    if (result.isCancelled) {
-        std::cerr << "zelkor: interrupted; nothing was written\n";
-        return Interrupted;
-    }
-    reportDiagnostics(result, arguments.number("--error-limit", 20));
+    producer::ImportResult const result = fill(ast, importOptions(arguments, progress));
+    progress.clear();
+    if (result.isCancelled) return reportInterrupt();
     writeModel(ast, out, format);
-    return summarise(result, quiet, arguments.has("--fail-on-error"));
+    printReport(result, done, report);
+    return exitCodeOf(result, arguments.has("--fail-on-error"));
+}
+
+int importOneUnit(Arguments const& arguments) {
+    producer::UnitOptions unit;
+    unit.file = arguments.value("--unit");
+    unit.output = requireOutput(arguments);
+    unit.dependencyFile = arguments.value("--depfile");
+    if (unit.output == "-")
+        throw UsageError("a unit file cannot go to standard output; give -o a file or a folder");
+    if (arguments.has("--format"))
+        throw UsageError("--format is for models; a unit file has a form of its own");
+    if (arguments.has("--project"))
+        arguments.requireOperands({});
+    else
+        unit.arguments = arguments.operands();
+    ReportOptions const report = reportOptions(arguments);
+    Progress progress("never", true);
+    watchInterrupts();
+    producer::ImportResult const result = producer::importUnit(importOptions(arguments, progress), unit);
+    if (result.isCancelled) return reportInterrupt();
+    printReport(result, "imported", report);
+    return exitCodeOf(result, arguments.has("--fail-on-error"));
+}
+
+int printUnitList(Arguments const& arguments) {
+    Progress progress("never", true);
+    std::string text;
+    for (std::string const& file : producer::listUnits(importOptions(arguments, progress)))
+        text += file + '\n';
+    print(text);
+    return Ok;
+}
+
+} // namespace
+
+int runImport(Arguments const& arguments) {
+    if (arguments.has("--unit")) return importOneUnit(arguments);
+    arguments.requireOperands({});
+    if (!arguments.has("--project"))
+        throw UsageError("missing option: -p BUILD_DIR, the folder with compile_commands.json");
+    if (arguments.has("--list-units")) return printUnitList(arguments);
+    if (arguments.has("--depfile")) throw UsageError("--depfile goes with --unit");
+    return writeImport(arguments, "imported", producer::importProject);
+}
+
+int runMerge(Arguments const& arguments) {
+    if (arguments.operands().empty())
+        throw UsageError(
+            "missing argument: UNIT, a file that zelkor import --unit wrote, or a folder of them");
+    return writeImport(arguments, "merged",
+                       [&](zelkor::ast::Ast& ast, producer::ImportOptions const& options) {
+                           return producer::mergeUnits(ast, arguments.operands(), options);
+                       });
 }
 
 } // namespace zelkor::command

@@ -1,9 +1,14 @@
 #include "Lookup.hpp"
 
+#include "Signatures.hpp"
+
 #include <brant/zero/Visit.hpp>
 
 #include <algorithm>
 #include <iostream>
+#include <iterator>
+#include <optional>
+#include <string_view>
 #include <tuple>
 #include <unordered_set>
 
@@ -35,17 +40,12 @@ void pushChildren(ModelElementImpl const& element, std::vector<ModelElementImpl 
     std::reverse(stack.begin() + static_cast<std::ptrdiff_t>(bottom), stack.end());
 }
 
-bool hasName(ModelElement const& element) {
-    return za::Symbol::cast(element) || za::Namespace::cast(element) || za::Macro::cast(element);
-}
-
 /// Symbols, namespaces and macros in the order of the model.
 std::vector<ModelElement> namedElements(za::Ast const& ast) {
     std::vector<ModelElement> named;
-    for (ModelElement const& root : ast.getModel().getTopLevelElements())
-        forEachBelow(root, [&](ModelElement const& element) {
-            if (hasName(element)) named.push_back(element);
-        });
+    forEachElement(ast, [&](ModelElement const& element) {
+        if (hasName(element)) named.push_back(element);
+    });
     return named;
 }
 
@@ -54,24 +54,31 @@ bool mayBeQualifiedBy(ModelElement const& element, std::string const& word) {
     return za::Template::cast(element) || word.find(simpleName(element)) != std::string::npos;
 }
 
-std::vector<std::string> nearestNames(std::vector<ModelElement> const& named, std::string const& word) {
-    bool const qualified = word.find("::") != std::string::npos;
+/// The names nearest to a word, at most five, the best first.
+std::vector<std::string> nearestOf(std::string const& word, std::vector<std::string> const& names) {
     std::size_t const limit = std::max<std::size_t>(2, word.size() / 3);
-    std::unordered_set<std::string> seen;
+    std::unordered_set<std::string_view> seen;
     std::vector<std::tuple<std::size_t, std::size_t, std::string>> ranked;
-    for (ModelElement const& element : named) {
-        std::string name = qualified ? qualifiedName(element) : simpleName(element);
+    for (std::string const& name : names) {
         std::size_t const difference =
             std::max(name.size(), word.size()) - std::min(name.size(), word.size());
         if (name.empty() || difference > limit || !seen.insert(name).second) continue;
         std::size_t const distance = editDistance(word, name);
-        if (distance <= limit) ranked.emplace_back(distance, ranked.size(), std::move(name));
+        if (distance <= limit) ranked.emplace_back(distance, ranked.size(), name);
     }
     std::sort(ranked.begin(), ranked.end());
-    std::vector<std::string> names;
+    std::vector<std::string> nearest;
     for (auto& [distance, order, name] : ranked)
-        if (names.size() < suggestions) names.push_back(std::move(name));
-    return names;
+        if (nearest.size() < suggestions) nearest.push_back(std::move(name));
+    return nearest;
+}
+
+std::vector<std::string> nearestNames(std::vector<ModelElement> const& named, std::string const& word) {
+    bool const qualified = word.find("::") != std::string::npos;
+    std::vector<std::string> names;
+    for (ModelElement const& element : named)
+        names.push_back(qualified ? qualifiedName(element) : simpleName(element));
+    return nearestOf(word, names);
 }
 
 } // namespace
@@ -85,6 +92,24 @@ void forEachBelow(ModelElement const& root, std::function<void(ModelElement cons
         visit(element.This());
         pushChildren(element, stack);
     }
+}
+
+std::vector<ModelElement> childrenOf(ModelElement const& element) {
+    std::vector<ModelElementImpl const*> below;
+    pushChildren(*element.get(), below);
+    std::vector<ModelElement> children;
+    for (auto child = below.rbegin(); child != below.rend(); ++child)
+        if ((*child)->valid() && !(*child)->isProxy()) children.push_back((*child)->This());
+    return children;
+}
+
+void forEachElement(za::Ast const& ast, std::function<void(ModelElement const&)> const& visit) {
+    for (ModelElement const& root : ast.getModel().getTopLevelElements())
+        forEachBelow(root, visit);
+}
+
+bool hasName(ModelElement const& element) {
+    return za::Symbol::cast(element) || za::Namespace::cast(element) || za::Macro::cast(element);
 }
 
 std::string simpleName(ModelElement const& element) {
@@ -109,14 +134,69 @@ Lookup lookUp(za::Ast const& ast, std::string const& word) {
             return result;
         }
     std::vector<ModelElement> const named = namedElements(ast);
-    for (ModelElement const& element : named)
-        if (mayBeQualifiedBy(element, word) && qualifiedName(element) == word)
-            result.elements.push_back(element);
-    if (!result.elements.empty()) return result;
-    for (ModelElement const& element : named)
-        if (simpleName(element) == word) result.elements.push_back(element);
-    if (result.elements.empty()) result.nearest = nearestNames(named, word);
+    auto const take = [&](auto const& fits) {
+        std::copy_if(named.begin(), named.end(), std::back_inserter(result.elements), fits);
+        return !result.elements.empty();
+    };
+    if (take([&](ModelElement const& element) {
+            return mayBeQualifiedBy(element, word) && qualifiedName(element) == word;
+        }))
+        return result;
+    std::optional<SignaturePattern> const signature = SignaturePattern::of(word);
+    for (bool const skipScopes : {false, true})
+        if (signature && take([&](ModelElement const& element) {
+                auto const function = za::Function::cast(element);
+                return function && signature->fits(function, skipScopes);
+            }))
+            return result;
+    bool const qualified = word.find("::") != std::string::npos;
+    if (!take([&](ModelElement const& element) {
+            if (simpleName(element) == word) return true;
+            if (!qualified || !mayBeQualifiedBy(element, word)) return false;
+            std::string const name = qualifiedName(element);
+            return isEndOfName(word, name) || isEndOfName(word, withoutArguments(name));
+        }))
+        result.nearest = nearestNames(named, signature ? signature->name() : word);
     return result;
+}
+
+bool isPathOf(std::string const& word, std::string const& path) {
+    if (word.empty()) return false;
+    if (path == word || (path.ends_with(word) && path[path.size() - word.size() - 1] == '/')) return true;
+    return path.starts_with(word) && (word.back() == '/' || path[word.size()] == '/');
+}
+
+Lookup lookUpFiles(za::Ast const& ast, std::string const& word) {
+    Lookup result;
+    std::vector<std::string> names;
+    bool const hasFolder = word.find('/') != std::string::npos;
+    forEachElement(ast, [&](ModelElement const& element) {
+        auto const file = za::source::SourceFile::cast(element);
+        if (!file) return;
+        std::string const path = brant::zero::toUtf8(file.getPath());
+        if (path == word || path.ends_with('/' + word) || file->identifier() == word)
+            result.elements.push_back(file);
+        names.push_back(hasFolder ? path : path.substr(path.rfind('/') + 1));
+    });
+    if (result.elements.empty()) result.nearest = nearestOf(word, names);
+    return result;
+}
+
+std::vector<ModelElement> subjects(za::Ast const& ast, std::string const& word,
+                                   std::function<bool(ModelElement const&)> const& fits, char const* what) {
+    Lookup const lookup = lookUp(ast, word);
+    if (lookup.elements.empty()) reportMissing(word, lookup);
+    std::vector<ModelElement> found;
+    for (ModelElement const& element : lookup.elements) {
+        auto const made = za::Template::cast(element);
+        ModelElement const subject = made ? made.getProtoTypeInstantiation() : element;
+        if (subject && fits(subject) && std::find(found.begin(), found.end(), subject) == found.end())
+            found.push_back(subject);
+    }
+    if (found.empty() && !lookup.elements.empty())
+        throw UsageError("'" + word + "' is a " + lookup.elements.front()->classTable().shortName +
+                         " and has no " + what);
+    return found;
 }
 
 int reportMissing(std::string const& word, Lookup const& lookup) {
@@ -126,29 +206,6 @@ int reportMissing(std::string const& word, Lookup const& lookup) {
     for (std::string const& name : lookup.nearest)
         std::cerr << "  " << name << '\n';
     return Difference;
-}
-
-std::string jsonText(std::string const& text) {
-    static char const digits[] = "0123456789abcdef";
-    std::string out = "\"";
-    for (std::size_t i = 0; i < text.size();) {
-        auto const byte = static_cast<unsigned char>(text[i]);
-        std::size_t const length = byte < 0x80 ? 1 : byte < 0xE0 ? 2 : byte < 0xF0 ? 3 : 4;
-        std::string const character = text.substr(i, length);
-        if (!brant::zero::isValidUtf8(character)) {
-            out += std::string("\\udc") + digits[byte >> 4] + digits[byte & 15];
-            ++i;
-            continue;
-        }
-        if (byte < 0x20)
-            out += std::string("\\u00") + digits[byte >> 4] + digits[byte & 15];
-        else if (byte == '"' || byte == '\\')
-            out += '\\' + character;
-        else
-            out += character;
-        i += length;
-    }
-    return out + '"';
 }
 
 } // namespace zelkor::command

@@ -15,24 +15,44 @@ struct Lookup {
     std::vector<std::string> nearest;                ///< at most five, the best first
 };
 
-/// Looks for an identity, else for all symbols, namespaces and macros whose qualified name is `word`, else
-/// for those whose simple name it is. Linear in the size of the model.
+/// Looks for an identity; else for all symbols, namespaces and macros whose qualified name is `word`; else
+/// for functions whose signature it is; else for what has `word` as its simple name or as the end of its
+/// qualified one. Linear in the size of the model.
 [[nodiscard]] Lookup lookUp(zelkor::ast::Ast const& ast, std::string const& word);
+
+/// \returns what a word names, as far as it `fits`: a template replaced by the symbol that stands for it,
+/// each element once. Empty when the word names nothing; that was told on standard error. \throws UsageError
+/// when nothing that it names fits:
+/// "'x' is a Variable and has no callers", with `what` as the last word.
+[[nodiscard]] std::vector<brant::zero::ModelElement>
+subjects(zelkor::ast::Ast const& ast, std::string const& word,
+         std::function<bool(brant::zero::ModelElement const&)> const& fits, char const* what);
 
 /// Calls `visit` for an element and for all that it contains, an element before its contents. Placeholders
 /// are left out.
 void forEachBelow(brant::zero::ModelElement const& root,
                   std::function<void(brant::zero::ModelElement const&)> const& visit);
 
+/// \returns what an element contains, in order, placeholders left out.
+[[nodiscard]] std::vector<brant::zero::ModelElement> childrenOf(brant::zero::ModelElement const& element);
+
+/// The same for all elements of a model.
+void forEachElement(zelkor::ast::Ast const& ast,
+                    std::function<void(brant::zero::ModelElement const&)> const& visit);
+
+/// Looks for files by identity or path, whole or its end behind a `/`.
+[[nodiscard]] Lookup lookUpFiles(zelkor::ast::Ast const& ast, std::string const& word);
+/// \returns whether a path is `word`, ends with it behind a `/`, or lies in the folder `word`.
+[[nodiscard]] bool isPathOf(std::string const& word, std::string const& path);
+
 /// Says on standard error that there is no `word`, and which names are near. \returns the exit code for it.
 int reportMissing(std::string const& word, Lookup const& lookup);
 
+/// \returns whether the element is a symbol, a namespace or a macro.
+[[nodiscard]] bool hasName(brant::zero::ModelElement const& element);
 /// \returns the simple name of a symbol, namespace or macro, or an empty text.
 [[nodiscard]] std::string simpleName(brant::zero::ModelElement const& element);
 /// \returns the name from the outermost scope inward; of what lies in no scope the simple name.
 [[nodiscard]] std::string qualifiedName(brant::zero::ModelElement const& element);
-
-/// Text as a JSON string with its quotes. A byte that is no UTF-8 becomes the escape of U+DC00 plus the byte.
-[[nodiscard]] std::string jsonText(std::string const& text);
 
 } // namespace zelkor::command

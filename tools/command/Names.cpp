@@ -1,9 +1,10 @@
 // The verbs that print one text for what a name stands for: its type, its signature.
 
-#include "Records.hpp"
+#include "Answers.hpp"
 
 #include <functional>
 #include <optional>
+#include <string_view>
 
 namespace zelkor::command {
 
@@ -20,19 +21,19 @@ int describe(Arguments const& arguments, char const* what, Describe const& textO
     za::Ast const ast = readModel(arguments.operands()[0]);
     std::string const& word = arguments.operands()[1];
     Lookup const lookup = lookUp(ast, word);
-    if (lookup.elements.empty()) return reportMissing(word, lookup);
-    std::string lines;
+    std::vector<std::string> lines;
     std::vector<std::string> records;
     for (ModelElement const& element : lookup.elements)
         if (std::optional<std::string> const text = textOf(element)) {
-            lines += *text + '\n';
-            records.push_back("    {" + commonMembers(element) + ", \"" + what + "\": " + jsonText(*text) +
-                              "}");
+            lines.push_back(*text + '\n');
+            JsonMembers members = recordOf(element); // which has the signature already
+            if (std::string_view(what) != "signature") members.text(what, *text);
+            records.push_back(recordLine(members));
         }
-    if (lines.empty())
+    if (lines.empty() && !lookup.elements.empty())
         throw UsageError("'" + word + "' is a " + className(lookup.elements.front()) + " and has no " + what);
-    print(arguments.has("--json") ? jsonReply(std::string("zelkor-") + what, records) : lines);
-    return Ok;
+    printLimited(arguments, what, lines, records);
+    return lookup.elements.empty() ? reportMissing(word, lookup) : Ok;
 }
 
 } // namespace

@@ -119,7 +119,8 @@ unsigned Arguments::number(std::string_view option, unsigned fallback) const {
 void Arguments::requireOperands(std::vector<std::string> const& names) const {
     if (operands_.size() > names.size())
         throw UsageError("unexpected argument '" + operands_[names.size()] + "'");
-    if (operands_.size() < names.size()) throw UsageError("missing argument: " + names[operands_.size()]);
+    if (operands_.size() < names.size() && names[operands_.size()].front() != '[')
+        throw UsageError("missing argument: " + names[operands_.size()]);
 }
 
 } // namespace zelkor::command

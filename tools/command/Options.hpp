@@ -40,22 +40,13 @@ class Arguments {
     /// \returns the value as a number. \throws UsageError unless it is one.
     [[nodiscard]] unsigned number(std::string_view option, unsigned fallback) const;
     [[nodiscard]] std::vector<std::string> const& operands() const noexcept { return operands_; }
-    /// \throws UsageError unless there are exactly as many operands as names.
+    /// \throws UsageError unless there is an operand for each name; the last ones, in brackets, may be
+    /// missing.
     void requireOperands(std::vector<std::string> const& names) const;
 
   private:
     std::map<std::string, std::vector<std::string>> given_;
     std::vector<std::string> operands_;
-};
-
-/// One verb of the command.
-struct Verb {
-    char const* name;
-    char const* operands;
-    char const* summary;
-    std::vector<Option> options;
-    std::vector<char const*> examples;
-    int (*run)(Arguments const& arguments);
 };
 
 /// \returns how many characters must be inserted, left out or changed to come from one text to the other.

@@ -12,19 +12,34 @@ Place placeAt(za::source::SourcePosition const& position) {
     return {brant::zero::toUtf8(position.getFile().getPath()), position.getLine(), position.getCol()};
 }
 
+/// The position that tells the place of an element; null when there is none.
+za::source::SourcePosition positionOf(ModelElement const& element) {
+    if (auto const position = za::source::SourcePosition::cast(element)) return position;
+    auto const located = za::source::LocatedObject::cast(element);
+    if (!located) return {};
+    if (za::source::SourcePosition const position = located.getDefPos(); position && position.getFile())
+        return position;
+    return located.hasDeclPos() ? located.getDeclPos()[0] : za::source::SourcePosition();
+}
+
 } // namespace
 
 std::string Place::text() const {
-    return known() ? path + ':' + std::to_string(line) + ':' + std::to_string(column) : std::string();
+    if (line == 0) return path;
+    return path + ':' + std::to_string(line) + ':' + std::to_string(column);
 }
 
 Place placeOf(ModelElement const& element) {
-    if (auto const position = za::source::SourcePosition::cast(element)) return placeAt(position);
-    auto const located = za::source::LocatedObject::cast(element);
-    if (!located) return {};
-    Place place = placeAt(located.getDefPos());
-    if (!place.known() && located.hasDeclPos()) place = placeAt(located.getDeclPos()[0]);
-    return place;
+    if (auto const file = za::source::SourceFile::cast(element))
+        return {brant::zero::toUtf8(file.getPath()), 0, 0};
+    return placeAt(positionOf(element));
+}
+
+bool isForeign(ModelElement const& element) {
+    za::source::SourceFile file = za::source::SourceFile::cast(element);
+    if (!file)
+        if (za::source::SourcePosition const position = positionOf(element)) file = position.getFile();
+    return !file || file.getIsIncludedFromSystemIncludeDir();
 }
 
 std::string className(ModelElement const& element) {
@@ -39,6 +54,11 @@ std::string title(ModelElement const& element) {
     if (auto const range = za::source::SourceRange::cast(element)) return placeOf(range.getStart()).text();
     if (auto const file = za::source::SourceFile::cast(element)) return brant::zero::toUtf8(file.getPath());
     if (za::source::SourcePosition::cast(element)) return placeOf(element).text();
+    if (auto const unit = za::source::CompilationUnit::cast(element)) {
+        for (za::source::SourceFile const& file : unit.getFiles())
+            if (file.getIsTopLevelFile()) return title(file);
+        return unit.hasFiles() ? title(unit.getFiles()[0]) : std::string();
+    }
     if (auto const argument = za::TemplateArg::cast(element)) return argument.getFullyQualifiedName(false);
     if (auto const number = za::constants::NumericConstant::cast(element)) return number.getValue();
     if (auto const address = za::constants::AddressConstant::cast(element)) return address.getValue();
@@ -46,20 +66,40 @@ std::string title(ModelElement const& element) {
     return qualifiedName(element);
 }
 
-std::string commonMembers(ModelElement const& element) {
-    return "\"uuid\": " + jsonText(element->identifier()) + ", \"class\": " + jsonText(className(element)) +
-           ", \"name\": " + jsonText(simpleName(element)) +
-           ", \"qualifiedName\": " + jsonText(qualifiedName(element));
+std::string lineText(ModelElement const& element) {
+    if (za::Function::cast(element)) return title(element);
+    std::string const name = qualifiedName(element);
+    return name.empty() ? title(element) : name;
 }
 
-std::string placeMembers(Place const& place) {
-    if (!place.known()) return {};
-    return ", \"file\": " + jsonText(place.path) + ", \"line\": " + std::to_string(place.line) +
-           ", \"column\": " + std::to_string(place.column);
+JsonMembers recordOf(ModelElement const& element) {
+    JsonMembers members;
+    members.text("uuid", element->identifier()).text("class", className(element));
+    members.text("name", simpleName(element)).text("qualifiedName", qualifiedName(element));
+    if (auto const symbol = za::Symbol::cast(element))
+        members.text("signature", symbol.generateSignature());
+    else if (std::string const text = title(element); !text.empty())
+        members.text("text", text);
+    if (Place const place = placeOf(element); place.known()) {
+        members.text("file", place.path);
+        if (place.line != 0) members.number("line", place.line).number("column", place.column);
+    }
+    return members;
 }
 
-std::string jsonReply(std::string const& format, std::vector<std::string> const& records) {
-    std::string out = "{\n  \"format\": " + jsonText(format) + ",\n  \"version\": \"1.0\",\n  \"results\": [";
+std::string counted(std::size_t count, std::string const& noun) {
+    return std::to_string(count) + ' ' + noun + (count == 1 ? "" : "s");
+}
+
+std::string recordLine(JsonMembers const& members) {
+    return "    {" + members.str() + "}";
+}
+
+std::string jsonReply(std::string const& format, std::vector<std::string> const& records,
+                      JsonMembers const& more) {
+    std::string out = "{\n  \"format\": " + jsonText(format) + ",\n  \"version\": \"1.0\",\n";
+    if (!more.empty()) out += "  " + more.str() + ",\n";
+    out += "  \"results\": [";
     for (std::size_t i = 0; i < records.size(); ++i)
         out += (i == 0 ? "\n" : ",\n") + records[i];
     return out + (records.empty() ? "]\n}\n" : "\n  ]\n}\n");

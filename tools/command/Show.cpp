@@ -1,6 +1,7 @@
 // `zelkor show`: everything about one element, by the rows of its class.
 
-#include "Records.hpp"
+#include "Answers.hpp"
+#include "Terminal.hpp"
 
 #include <brant/zero/Visit.hpp>
 
@@ -176,11 +177,13 @@ void appendProperty(std::string& out, Shown const& property, bool all) {
 
 std::string asText(ModelElement const& element, bool all) {
     std::string const name = qualifiedName(element);
-    std::string out = className(element) + (name.empty() ? "" : " " + name) + '\n';
+    std::string out = painted(Paint::Class, className(element));
+    out += (name.empty() ? "" : " " + painted(Paint::Name, name)) + '\n';
     out += "  uuid: " + element->identifier() + '\n';
     if (auto const symbol = za::Symbol::cast(element))
         out += "  signature: " + symbol.generateSignature() + '\n';
-    if (Place const place = placeOf(element); place.known()) out += "  at: " + place.text() + '\n';
+    if (Place const place = placeOf(element); place.known())
+        out += "  at: " + painted(Paint::Place, place.text()) + '\n';
     if (ModelElement const container = element.container())
         out += "  in: " + elementItem(container).text + '\n';
     for (Shown const& property : properties(element, all))
@@ -194,10 +197,7 @@ std::string asText(ModelElement const& element, bool all) {
 }
 
 std::string asJson(ModelElement const& element, bool all) {
-    std::string out = "    {" + commonMembers(element);
-    if (auto const symbol = za::Symbol::cast(element))
-        out += ", \"signature\": " + jsonText(symbol.generateSignature());
-    out += placeMembers(placeOf(element));
+    std::string out = "    {" + recordOf(element).str();
     if (ModelElement const container = element.container())
         out += ",\n     \"container\": " + elementItem(container).json;
     out += ",\n     \"properties\": {";
@@ -230,18 +230,17 @@ int runShow(Arguments const& arguments) {
     za::Ast const ast = readModel(arguments.operands()[0]);
     std::string const& word = arguments.operands()[1];
     Lookup const lookup = lookUp(ast, word);
-    if (lookup.elements.empty()) return reportMissing(word, lookup);
     bool const all = arguments.has("--all");
-    std::string text;
+    std::vector<std::string> texts;
     std::vector<std::string> records;
     for (ModelElement const& element : lookup.elements) {
         if (arguments.has("--json"))
             records.push_back(asJson(element, all));
         else
-            text += (text.empty() ? "" : "\n") + asText(element, all);
+            texts.push_back((texts.empty() ? "" : "\n") + asText(element, all));
     }
-    print(arguments.has("--json") ? jsonReply("zelkor-show", records) : text);
-    return Ok;
+    printLimited(arguments, "show", texts, records);
+    return lookup.elements.empty() ? reportMissing(word, lookup) : Ok;
 }
 
 } // namespace zelkor::command

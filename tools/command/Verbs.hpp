@@ -11,6 +11,7 @@
 namespace zelkor::command {
 
 int runImport(Arguments const& arguments);
+int runMerge(Arguments const& arguments);
 int runConvert(Arguments const& arguments);
 int runStats(Arguments const& arguments);
 int runSchema(Arguments const& arguments);
@@ -18,6 +19,37 @@ int runType(Arguments const& arguments);
 int runSignature(Arguments const& arguments);
 int runFind(Arguments const& arguments);
 int runShow(Arguments const& arguments);
+int runList(Arguments const& arguments);
+int runTree(Arguments const& arguments);
+int runCallers(Arguments const& arguments);
+int runCallees(Arguments const& arguments);
+int runPath(Arguments const& arguments);
+int runReads(Arguments const& arguments);
+int runWrites(Arguments const& arguments);
+int runRefs(Arguments const& arguments);
+int runIncludes(Arguments const& arguments);
+int runValidate(Arguments const& arguments);
+int runExport(Arguments const& arguments);
+int runHelp(Arguments const& arguments);
+
+/// One verb of the command.
+struct Verb {
+    char const* name;
+    char const* operands;
+    char const* summary;
+    std::vector<Option> options;
+    std::vector<char const*> examples;
+    int (*run)(Arguments const& arguments);
+};
+/// \returns all verbs, in the order in which the help lists them.
+[[nodiscard]] std::vector<Verb> const& verbs();
+/// \returns the verb of that name. \throws UsageError when there is none; it names the nearest.
+[[nodiscard]] Verb const& verbNamed(std::string const& name);
+
+/// \returns the list of verbs with what each is for.
+[[nodiscard]] std::string usageText();
+/// \returns the page that `zelkor VERB --help` prints.
+[[nodiscard]] std::string helpText(Verb const& verb);
 
 /// \returns the format that a path's ending or an option names. \throws UsageError for an unknown one.
 [[nodiscard]] zelkor::ast::io::IoFormat formatOf(std::string const& path, std::string const& option);

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -101,9 +102,10 @@ class CapturedErrors {
     int saved_ = -1;
 };
 
-CompileCommand toCommand(CXCompileCommand handle) {
+CompileCommand toCommand(CXCompileCommand handle, fs::path const& database) {
     CompileCommand command;
-    command.directory = toText(clang_CompileCommand_getDirectory(handle));
+    // A database that travels with its sources may name its directories from where it lies itself.
+    command.directory = (database.parent_path() / toText(clang_CompileCommand_getDirectory(handle))).string();
     fs::path const file = toText(clang_CompileCommand_getFilename(handle));
     command.file = (fs::path(command.directory) / file).lexically_normal().string();
     for (unsigned i = 0, count = clang_CompileCommand_getNumArgs(handle); i < count; ++i) {
@@ -123,7 +125,7 @@ struct DroppedOption {
     bool takesValue; // in an argument of its own, when the text is the whole argument
 };
 
-constexpr std::array<DroppedOption, 12> droppedOptions{{
+constexpr std::array<DroppedOption, 17> droppedOptions{{
     {"-c", false, false},
     {"-S", false, false},
     {"-o", true, true},
@@ -136,7 +138,42 @@ constexpr std::array<DroppedOption, 12> droppedOptions{{
     {"--serialize-diagnostics", false, true},
     {"-Werror", true, false}, // a warning must not make a unit incomplete
     {"-fmodule-mapper=", true, false},
+    // Files and processors that another compiler knows, on which no declaration depends.
+    {"-fprofile-use", true, false},
+    {"-fprofile-instr-use", true, false},
+    {"-fauto-profile", true, false},
+    {"-fdiagnostics-format", true, false},
+    {"-mtune", true, false},
 }};
+
+// `-Xclang -include-pch -Xclang FILE`: what a build adds beside the header itself. Another version of the
+// front end cannot read the file.
+std::size_t precompiledHeader(std::vector<std::string> const& arguments, std::size_t at) {
+    bool const isOne = at + 3 < arguments.size() && arguments[at] == "-Xclang" &&
+                       arguments[at + 1] == "-include-pch" && arguments[at + 2] == "-Xclang";
+    return isOne ? 4 : 0;
+}
+
+// As `-x` tells it: it outweighs the name of the file.
+std::string toldLanguage(std::vector<std::string> const& arguments) {
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (!arguments[i].starts_with("-x")) continue;
+        if (arguments[i].size() > 2) return arguments[i].substr(2);
+        return i + 1 < arguments.size() ? arguments[i + 1] : std::string();
+    }
+    return {};
+}
+
+bool isForeign(CompileCommand const& command) {
+    static constexpr std::array<std::string_view, 24> suffixes{
+        ".s",   ".S", ".sx",  ".asm", ".nasm", ".o",  ".obj", ".a",  ".so", ".rc", ".res",   ".f",
+        ".for", ".F", ".f77", ".f90", ".F90",  ".cu", ".hip", ".cl", ".d",  ".rs", ".swift", ".go"};
+    std::string const language = toldLanguage(command.arguments);
+    if (!language.empty() && language != "none")
+        return !language.starts_with("c") && !language.starts_with("obj");
+    std::string const suffix = fs::path(command.file).extension().string();
+    return std::find(suffixes.begin(), suffixes.end(), suffix) != suffixes.end();
+}
 
 } // namespace
 
@@ -147,6 +184,8 @@ std::vector<std::string> cleanArguments(std::vector<std::string> const& argument
         ++i;
     if (i < arguments.size()) cleaned.push_back(arguments[i++]);
     for (; i < arguments.size(); ++i) {
+        i += precompiledHeader(arguments, i);
+        if (i == arguments.size()) break;
         std::string const& argument = arguments[i];
         auto const dropped =
             std::find_if(droppedOptions.begin(), droppedOptions.end(), [&](auto const& option) {
@@ -176,7 +215,7 @@ std::vector<CompileCommand> readCompileDatabase(std::string const& path) {
     ClangCommands const list(clang_CompilationDatabase_getAllCompileCommands(handle.get()));
     std::vector<CompileCommand> commands;
     for (unsigned i = 0, count = list ? clang_CompileCommands_getSize(list.get()) : 0; i < count; ++i) {
-        commands.push_back(toCommand(clang_CompileCommands_getCommand(list.get(), i)));
+        commands.push_back(toCommand(clang_CompileCommands_getCommand(list.get(), i), database));
     }
     if (commands.empty()) {
         throw ImportError(database.string() +
@@ -184,6 +223,15 @@ std::vector<CompileCommand> readCompileDatabase(std::string const& path) {
                           "every command is recorded");
     }
     return commands;
+}
+
+std::vector<CompileCommand> takeForeignCommands(std::vector<CompileCommand>& commands) {
+    auto const first = std::stable_partition(
+        commands.begin(), commands.end(), [](CompileCommand const& command) { return !isForeign(command); });
+    std::vector<CompileCommand> foreign(std::make_move_iterator(first),
+                                        std::make_move_iterator(commands.end()));
+    commands.erase(first, commands.end());
+    return foreign;
 }
 
 std::string commonDirectory(std::vector<CompileCommand> const& commands) {

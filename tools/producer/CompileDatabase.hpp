@@ -19,6 +19,10 @@ std::vector<CompileCommand> readCompileDatabase(std::string const& path);
 // Leaves out what would make the front end write files, and launchers before the compiler.
 std::vector<std::string> cleanArguments(std::vector<std::string> const& arguments);
 
+// Removes the commands that compile neither C nor C++, such as those of assemblers and linkers, and gives
+// them.
+std::vector<CompileCommand> takeForeignCommands(std::vector<CompileCommand>& commands);
+
 // The deepest directory that holds the main files of all commands.
 std::string commonDirectory(std::vector<CompileCommand> const& commands);
 

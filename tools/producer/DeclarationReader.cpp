@@ -2,8 +2,6 @@
 
 #include "Merge.hpp"
 
-#include <boost/uuid/uuid_io.hpp>
-
 #include <algorithm>
 
 namespace zelkor::producer {
@@ -67,6 +65,7 @@ bool isFunctionCursor(CXCursorKind kind) {
 }
 
 CXCursorKind patternKind(CXCursor templateCursor) {
+    if (isDeductionGuide(templateCursor)) return CXCursor_FunctionDecl;
     CXCursorKind const kind = clang_getCursorKind(templateCursor);
     return kind == CXCursor_TypeAliasTemplateDecl ? CXCursor_TypeAliasDecl
                                                   : clang_getTemplateCursorKind(templateCursor);
@@ -137,38 +136,6 @@ EntityKind kindIn(EntityKind kind, CXCursor cursor) {
 DeclarationReader::DeclarationReader(SourceIndex& sources, UnitFacts& facts, bool wantsUses)
     : sources_(sources), facts_(facts), isCxx_(facts.language >= Language::Cxx), types_(*this, facts),
       constants_(*this, types_), uses_(wantsUses), bodies_(*this, uses_) {}
-
-std::string DeclarationReader::keyOf(CXCursor cursor) {
-    CXCursor const canonical = clang_getCanonicalCursor(cursor);
-    CXSourceLocation const location = clang_getCursorLocation(canonical);
-    auto const place = [&] {
-        FileInfo const* const file = sources_.fileOf(location);
-        return file ? file->path : std::string();
-    };
-    std::string usr = toText(clang_getCursorUSR(canonical));
-    CXCursor const scope = clang_getCursorSemanticParent(canonical);
-    // The front end gives equal ids to all nameless things of a scope, and to equal names inside them.
-    std::string const outer =
-        isNameless(scope) || isNameless(canonical) ? boost::uuids::to_string(ownerKeyOf(scope)) + '|' : "";
-    if (isNameless(canonical) || usr.empty() || usr == "c:") {
-        // Where it begins; for what has no name the location itself is not the same in C and in C++.
-        auto const position = sources_.position(clang_getRangeStart(clang_getCursorExtent(canonical)));
-        return outer + place() + ':' +
-               (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
-               '|' + toText(clang_getCursorKindSpelling(clang_getCursorKind(canonical)));
-    }
-    if (!outer.empty()) return outer + usr;
-    bool const isLocalToFile = !usr.starts_with("c:@") || clang_Cursor_isAnonymous(canonical) ||
-                               clang_getCursorLinkage(canonical) == CXLinkage_Internal;
-    if (usr.find("@SP>") != std::string::npos) {
-        // Partial specialisations that differ in constraints only have one id.
-        auto const position = sources_.position(location);
-        return place() + ':' +
-               (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
-               '|' + usr;
-    }
-    return isLocalToFile ? place() + '|' + usr : usr;
-}
 
 Id DeclarationReader::ownerKeyOf(CXCursor scope) {
     CXCursorKind const kind = clang_getCursorKind(scope);

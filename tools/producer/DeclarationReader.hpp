@@ -26,8 +26,9 @@ class DeclarationReader {
     Id refer(CXCursor cursor);
     // Identity of the pattern that stands beside a template.
     Id referPrototype(CXCursor templateCursor);
-    // An aggregate or alias of a template with arguments that depend on parameters around `context`.
-    Id referDependent(CXCursor templateCursor, CXType type, CXCursor context);
+    // What a type makes of an alias template, or of a class template by arguments that depend on parameters
+    // around `context`.
+    Id referSpecialisation(CXCursor templateCursor, CXType type, CXCursor context);
     // Identity of a template's own parameter; nil when the front end does not show it.
     Id referParameter(CXCursor templateCursor, unsigned index);
     // For the readers of bodies: a local variable or a closure where it stands; a parameter of a function;
@@ -46,6 +47,7 @@ class DeclarationReader {
     Entity& entity(Id const& id) { return *table_.at(id); }
     Id identityOf(CXCursor cursor);
     std::string keyOf(CXCursor cursor);
+    std::string constraintsOf(CXCursor cursor);
     Id ownerKeyOf(CXCursor scope);
     Id ownerOf(CXCursor cursor);
     Id ensure(Id const& id, EntityKind kind, CXCursor cursor, bool asPrototype);
@@ -74,7 +76,12 @@ class DeclarationReader {
     std::vector<TemplateArgumentFact> argumentsOf(CXCursor cursor);
     std::vector<TemplateArgumentFact> argumentsOfType(CXType type, CXCursor cursor, CXCursor context);
     std::vector<TemplateArgumentFact> argumentsOfFunction(CXCursor cursor);
-    TemplateArgumentFact valueArgument(CXCursor cursor, unsigned index, unsigned parameter);
+    std::vector<TemplateArgumentFact> argumentsOfMember(CXCursor cursor);
+    TemplateArgumentFact valueArgument(CXCursor cursor, unsigned index);
+    TemplateArgumentFact writtenArgument(std::string const& text, CXCursor context);
+    TemplateParameterFact const* parameterNamed(std::string_view name, CXCursor context);
+    bool mentionsParameter(std::string_view text, CXCursor context);
+    std::vector<TemplateParameterFact> const& knownParameters(CXCursor templateCursor);
     std::vector<TemplateParameterFact> parametersOf(CXCursor templateCursor, Id const& templateId);
 
     void declareChildren(CXCursor cursor);
@@ -118,6 +125,12 @@ bool isFunctionCursor(CXCursorKind kind);
 // The kind of cursor that a template's pattern would have.
 CXCursorKind patternKind(CXCursor templateCursor);
 
+// Whether it tells how arguments of a class template are deduced, which the front end shows as a function.
+bool isDeductionGuide(CXCursor cursor);
+
+// The parameters of a template, without those of templates around it that its declaration repeats.
+std::vector<CXCursor> ownParameterCursors(CXCursor templateCursor);
+
 // The declaration around a declaration; blocks of linkage do not count.
 CXCursor scopeOf(CXCursor cursor);
 
@@ -130,6 +143,9 @@ bool isInRecord(CXCursor cursor);
 // Whether text of a parameter or field has an initialiser: an `=` outside all brackets and no part of an
 // operator.
 bool hasTopLevelAssignment(std::string_view text);
+
+// Whether a byte may be part of a name.
+bool isWordByte(char c);
 
 // Whether text of a template parameter declares a pack.
 bool declaresPack(std::string_view text);

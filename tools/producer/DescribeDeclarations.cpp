@@ -37,11 +37,6 @@ Access accessOf(CXCursor cursor) {
     }
 }
 
-bool isIdentifierByte(char c) {
-    return c == '_' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
-           static_cast<unsigned char>(c) >= 0x80;
-}
-
 SpecialFunction specialOf(CXCursor cursor, std::string const& name) {
     CXCursorKind kind = clang_getCursorKind(cursor);
     if (isTemplateCursor(kind)) kind = patternKind(cursor);
@@ -59,7 +54,7 @@ SpecialFunction specialOf(CXCursor cursor, std::string const& name) {
     std::string_view const word = "operator";
     if (name.starts_with("operator\"\"")) return SpecialFunction::UdlOperator;
     bool const isOperator =
-        name.starts_with(word) && name.size() > word.size() && !isIdentifierByte(name[word.size()]);
+        name.starts_with(word) && name.size() > word.size() && !isWordByte(name[word.size()]);
     return isOperator ? SpecialFunction::Operator : SpecialFunction::None;
 }
 
@@ -123,6 +118,11 @@ bool isInC(CXCursor linkageBlock, SourceIndex& sources) {
 }
 
 } // namespace
+
+bool isWordByte(char c) {
+    return c == '_' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+           static_cast<unsigned char>(c) >= 0x80;
+}
 
 bool hasTopLevelAssignment(std::string_view text) {
     return findAtTopLevel(text, isAssignment);

@@ -1,8 +1,6 @@
 // What one cursor tells about aggregates, templates, their parameters and arguments.
 #include "DeclarationReader.hpp"
 
-#include <boost/uuid/uuid_io.hpp>
-
 namespace zelkor::producer {
 
 namespace {
@@ -77,20 +75,29 @@ bool isParameterCursor(CXCursorKind kind) {
            kind == CXCursor_TemplateTemplateParameter;
 }
 
-// Lists of enclosing templates are repeated on members that are defined outside, after the member's own.
+// Once arguments of a class template are deduced, its parameters belong to the guide of that deduction.
+bool belongsTo(CXCursor parameter, CXCursor templateCursor) {
+    CXCursor const parent = clang_getCursorSemanticParent(parameter);
+    return clang_equalCursors(parent, templateCursor) || isDeductionGuide(parent);
+}
+
+} // namespace
+
+bool isDeductionGuide(CXCursor cursor) {
+    return clang_getCursorKind(cursor) == CXCursor_FunctionTemplate &&
+           clang_getTemplateCursorKind(cursor) == CXCursor_UnexposedDecl;
+}
+
 std::vector<CXCursor> ownParameterCursors(CXCursor templateCursor) {
     std::vector<CXCursor> own;
     bool const isAlias = clang_getCursorKind(templateCursor) == CXCursor_TypeAliasTemplateDecl;
     visitChildren(templateCursor, [&](CXCursor child) {
-        if (!isParameterCursor(clang_getCursorKind(child))) return CXChildVisit_Continue;
-        if (isAlias || clang_equalCursors(clang_getCursorSemanticParent(child), templateCursor))
-            own.push_back(child);
+        bool const isParameter = isParameterCursor(clang_getCursorKind(child));
+        if (isParameter && (isAlias || belongsTo(child, templateCursor))) own.push_back(child);
         return CXChildVisit_Continue;
     });
     return own;
 }
-
-} // namespace
 
 void DeclarationReader::describeRecord(Entity& entity, CXCursor cursor) {
     RecordFacts facts;
@@ -160,18 +167,22 @@ std::vector<TemplateParameterFact> DeclarationReader::parametersOf(CXCursor temp
     return parameters;
 }
 
-Id DeclarationReader::referParameter(CXCursor templateCursor, unsigned index) {
+std::vector<TemplateParameterFact> const& DeclarationReader::knownParameters(CXCursor templateCursor) {
+    static std::vector<TemplateParameterFact> const none;
     Id const id = refer(templateCursor);
-    if (id.is_nil()) return id;
-    auto known = parameters_.find(id);
-    if (known == parameters_.end()) {
+    if (id.is_nil()) return none;
+    if (!parameters_.contains(id)) {
         std::vector<TemplateParameterFact> parameters = parametersOf(templateCursor, id);
         TemplateFacts* const facts = entity(id).as<TemplateFacts>();
         if (facts && facts->parameters.empty()) facts->parameters = std::move(parameters);
-        known = parameters_.find(id);
     }
-    if (index >= known->second.size()) return Id{};
-    TemplateParameterFact const& parameter = known->second[index];
+    return parameters_.at(id);
+}
+
+Id DeclarationReader::referParameter(CXCursor templateCursor, unsigned index) {
+    std::vector<TemplateParameterFact> const& parameters = knownParameters(templateCursor);
+    if (index >= parameters.size()) return Id{};
+    TemplateParameterFact const& parameter = parameters[index];
     return parameter.kind == TemplateParameterKind::Type ? parameter.id : Id{};
 }
 
@@ -215,135 +226,6 @@ void DeclarationReader::describeSpecialisation(Entity& entity, CXCursor cursor) 
     if (clang_Cursor_isNull(pattern) || !isTemplateCursor(clang_getCursorKind(pattern))) return;
     entity.templateOf = refer(pattern);
     entity.arguments = argumentsOf(cursor);
-}
-
-std::vector<TemplateArgumentFact> DeclarationReader::argumentsOf(CXCursor cursor) {
-    return isRecordCursor(clang_getCursorKind(cursor))
-               ? argumentsOfType(clang_getCursorType(cursor), cursor, cursor)
-               : argumentsOfFunction(cursor);
-}
-
-TemplateArgumentFact DeclarationReader::valueArgument(CXCursor cursor, unsigned index, unsigned parameter) {
-    TemplateArgumentFact argument;
-    CXTemplateArgumentKind const kind = clang_Cursor_getTemplateArgumentKind(cursor, index);
-    if (kind == CXTemplateArgumentKind_Template || kind == CXTemplateArgumentKind_TemplateExpansion) {
-        argument.kind = ArgumentKind::TemplateTemplate;
-        return argument;
-    }
-    argument.kind = ArgumentKind::NonType;
-    if (kind != CXTemplateArgumentKind_Integral) return argument;
-    ConstantFact constant;
-    constant.kind = ConstantKind::Integer;
-    CXCursor const pattern = clang_getSpecializedCursorTemplate(cursor);
-    std::vector<CXCursor> const parameters = ownParameterCursors(pattern);
-    CXType const type = parameter < parameters.size() ? clang_getCursorType(parameters[parameter])
-                                                      : clang_getCursorType(CXCursor{});
-    CXTypeKind const typeKind = clang_getCanonicalType(type).kind;
-    bool const isUnsigned = typeKind == CXType_ULong || typeKind == CXType_ULongLong;
-    constant.value = isUnsigned ? std::to_string(clang_Cursor_getTemplateArgumentUnsignedValue(cursor, index))
-                                : std::to_string(clang_Cursor_getTemplateArgumentValue(cursor, index));
-    // A dependent type of a parameter says nothing about this argument.
-    if (typeKind != CXType_Unexposed && typeKind != CXType_Auto) constant.type = types_.read(type, pattern);
-    argument.value = std::move(constant);
-    return argument;
-}
-
-// A type lists the elements of packs one by one, its declaration lists each pack as one argument.
-std::vector<TemplateArgumentFact> DeclarationReader::argumentsOfType(CXType type, CXCursor cursor,
-                                                                     CXCursor context) {
-    std::vector<TemplateArgumentFact> arguments;
-    int const count = clang_Type_getNumTemplateArguments(type);
-    int const declared = clang_Cursor_getNumTemplateArguments(cursor);
-    int pack = -1;
-    for (int i = 0; i < declared && pack < 0; ++i) {
-        auto const kind = clang_Cursor_getTemplateArgumentKind(cursor, static_cast<unsigned>(i));
-        if (kind == CXTemplateArgumentKind_Pack) pack = i;
-    }
-    for (int i = 0; i < count; ++i) {
-        TemplateArgumentFact argument;
-        if (i == pack) {
-            argument.kind = ArgumentKind::PackStart;
-            arguments.push_back(argument);
-        }
-        CXType const typeArgument = clang_Type_getTemplateArgumentAsType(type, static_cast<unsigned>(i));
-        unsigned const index = static_cast<unsigned>(i);
-        if (typeArgument.kind != CXType_Invalid) {
-            argument.kind = ArgumentKind::Type;
-            argument.type = types_.read(typeArgument, context);
-        } else if (i < declared && (pack < 0 || i < pack)) {
-            argument = valueArgument(cursor, index, index);
-        } else {
-            argument.kind = ArgumentKind::NonType;
-        }
-        arguments.push_back(std::move(argument));
-    }
-    if (pack >= count) arguments.push_back({ArgumentKind::PackStart, {}, {}, {}, {}});
-    return arguments;
-}
-
-std::vector<TemplateArgumentFact> DeclarationReader::argumentsOfFunction(CXCursor cursor) {
-    std::vector<TemplateArgumentFact> arguments;
-    for (int i = 0, count = clang_Cursor_getNumTemplateArguments(cursor); i < count; ++i) {
-        unsigned const index = static_cast<unsigned>(i);
-        TemplateArgumentFact argument;
-        switch (clang_Cursor_getTemplateArgumentKind(cursor, index)) {
-        case CXTemplateArgumentKind_Type:
-            argument.kind = ArgumentKind::Type;
-            argument.type = types_.read(clang_Cursor_getTemplateArgumentType(cursor, index), cursor);
-            break;
-        case CXTemplateArgumentKind_Pack:
-            argument.kind = ArgumentKind::PackStart;
-            break;
-        default:
-            argument = valueArgument(cursor, index, index);
-        }
-        arguments.push_back(std::move(argument));
-    }
-    return arguments;
-}
-
-Id DeclarationReader::referDependent(CXCursor templateCursor, CXType type, CXCursor context) {
-    Id const templateId = refer(templateCursor);
-    std::vector<TemplateArgumentFact> arguments = argumentsOfType(type, templateCursor, context);
-    std::string key = boost::uuids::to_string(templateId);
-    bool hasValues = false;
-    for (TemplateArgumentFact const& argument : arguments) {
-        key += std::to_string(static_cast<int>(argument.kind)) + boost::uuids::to_string(argument.type);
-        hasValues |= argument.kind == ArgumentKind::NonType;
-    }
-    // Dependent values are known by their text alone.
-    if (hasValues) key += sources_.paths().withoutRoot(toText(clang_getTypeSpelling(type)));
-    Id const id = makeId("specialisation", key);
-    if (table_.contains(id)) return id;
-    Entity& made = entities_.emplace_back();
-    table_.emplace(id, &made);
-    describeCommon(made, templateCursor);
-    made.id = id;
-    made.isDefined = false;
-    made.comments.clear();
-    made.templateOf = templateId;
-    made.arguments = std::move(arguments);
-    describePlace(made, templateCursor);
-    made.detail = RecordFacts{};
-    switch (patternKind(templateCursor)) {
-    case CXCursor_StructDecl:
-        made.kind = EntityKind::Struct;
-        break;
-    case CXCursor_UnionDecl:
-        made.kind = EntityKind::Union;
-        break;
-    case CXCursor_TypeAliasDecl: {
-        made.kind = EntityKind::Typedef;
-        TypedefFacts facts;
-        facts.isAlias = facts.isTemplateAlias = facts.isDependent = true;
-        made.detail = facts;
-        made.type = types_.read(clang_getCanonicalType(type), context);
-        break;
-    }
-    default:
-        made.kind = EntityKind::Class;
-    }
-    return id;
 }
 
 } // namespace zelkor::producer

@@ -2,6 +2,7 @@
 // so that it may cross threads and outlive the front end's translation unit.
 #pragma once
 
+#include "Digest.hpp"
 #include "Identity.hpp"
 #include "UseFacts.hpp"
 
@@ -377,9 +378,16 @@ struct Diagnostic {
     std::string text;
 };
 
+// A file that the front end read for a unit.
+struct InputFile {
+    std::string path; // real
+    Digest content{};
+};
+
 struct UnitFacts {
     std::string file;    // main file, as in the model
     std::string failure; // set when there are no facts at all
+    std::string advice;  // against the failure
     Language language = Language::C;
     TargetFacts target;
     std::vector<FileFact> files; // main file first
@@ -391,6 +399,8 @@ struct UnitFacts {
     std::deque<TypeFact> types;  // parts before wholes
     std::vector<Diagnostic> diagnostics;
     std::vector<std::string> rejectedOptions;
+    std::vector<std::string> missingHeaders; // as they are written
+    std::vector<InputFile> inputs;           // main file first
 
     bool hasErrors() const {
         for (Diagnostic const& diagnostic : diagnostics) {

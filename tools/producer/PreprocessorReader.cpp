@@ -168,9 +168,12 @@ void PreprocessorReader::readExpansion(CXCursor cursor) {
 
 void PreprocessorReader::readInclude(CXCursor cursor) {
     CXFile const target = clang_getIncludedFile(cursor);
-    if (!target) return;
-    std::size_t const targetIndex = static_cast<std::size_t>(&fileFact(target) - facts_.files.data());
     std::string const writtenName = toText(clang_getCursorSpelling(cursor));
+    if (!target) {
+        facts_.missingHeaders.push_back(writtenName);
+        return;
+    }
+    std::size_t const targetIndex = static_cast<std::size_t>(&fileFact(target) - facts_.files.data());
     CXFile source = nullptr;
     unsigned line = 0;
     clang_getFileLocation(clang_getCursorLocation(cursor), &source, &line, nullptr, nullptr);

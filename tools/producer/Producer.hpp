@@ -36,6 +36,7 @@ struct ImportOptions {
     std::string root;                        // project root; empty: the common directory of the main files
     std::string resourceDirectory;           // of the front end; empty: the one found when this was built
     std::vector<std::string> extraArguments; // added to each command
+    std::string cacheDirectory;              // of units that were read before; empty: each is parsed
     unsigned jobs = 0;                       // threads that parse; 0: one per processor
     Insight insight = Insight::Direct;
     std::atomic<bool> const* cancelled = nullptr;        // read between units; may be set by a signal handler
@@ -48,6 +49,7 @@ struct UnitReport {
     std::string file;
     UnitState state = UnitState::Complete;
     std::string reason; // first error of an incomplete unit, or why there is nothing of a failed one
+    std::string advice; // what to do about it, when that is known
 };
 
 enum class DiagnosticSeverity { Note, Warning, Error, Fatal };
@@ -72,12 +74,29 @@ struct ImportResult {
     std::vector<UnitReport> units; // in the order of the database
     std::vector<ImportDiagnostic> diagnostics;
     std::map<std::string, std::size_t> rejectedOptions; // compiler option, units whose command has it
+    std::map<std::string, std::size_t> missingHeaders;  // as written, units that lack it
     std::map<std::string, std::size_t> created;         // class in short form, elements of it
     std::vector<VariantReport> variants;
+    std::vector<std::string> leftOut;  // main files of commands that compile neither C nor C++
+    std::vector<std::string> warnings; // of the project as a whole
+    std::vector<std::string> notes;    // of the cache
+    std::size_t unchangedUnits = 0;    // that were taken from the cache
     bool isCancelled = false;
 
     std::size_t countUnits(UnitState state) const;
 };
+
+struct UnitOptions {
+    std::string file; // main file, as in the model or as a path
+    std::vector<std::string>
+        arguments;              // of the compiler, where no database has them; may begin with its name
+    std::string output;         // unit file to write; a folder: under a name that depends on the unit
+    std::string dependencyFile; // for a build engine, in Make's syntax; empty: none
+};
+
+// Where the command keeps units by default: $XDG_CACHE_HOME/zelkor/units or ~/.cache/zelkor/units, or nowhere
+// (empty) when the user has no home.
+std::string defaultCacheDirectory();
 
 // Reads all units of the database and fills the model of `ast`, which must be empty, in one transaction.
 // The project becomes the one top-level element.
@@ -86,5 +105,22 @@ struct ImportResult {
 // the sources that the front end reads; memory holds the facts of all units, and the parsed form of at most
 // `jobs` units.
 ImportResult importProject(zelkor::ast::Ast& ast, ImportOptions const& options);
+
+// Main files of the database as they are in the model, each once, in its order. Throws ImportError.
+std::vector<std::string> listUnits(ImportOptions const& options);
+
+// Reads one main file, by all commands that the database has for it or by the given arguments, into a unit
+// file. Without a database and a root in `options` the project root is the current directory. The file is
+// written, and whole, also when the unit cannot be read, so that a merge can tell. Throws ImportError when
+// there is no such unit or the file cannot be written.
+ImportResult importUnit(ImportOptions const& options, UnitOptions const& unit);
+
+// Fills the model from unit files; of a folder, from all that are below it. With a database the units come in
+// its order and the model is the one that `importProject` gives; units without a file are reported as failed.
+// Without one they come in the order of their paths. The order of `unitFiles` has no influence.
+// Throws ImportError for what is no unit file, is damaged, or was made by other tools, and for a unit that is
+// there twice; the model is as before then. Time and memory as those of `importProject`, without parsing.
+ImportResult mergeUnits(zelkor::ast::Ast& ast, std::vector<std::string> const& unitFiles,
+                        ImportOptions const& options);
 
 } // namespace zelkor::producer

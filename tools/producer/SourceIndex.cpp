@@ -11,7 +11,7 @@ namespace {
 std::string realName(std::string const& name) {
     std::error_code error;
     fs::path const real = fs::canonical(name, error);
-    return error ? fs::absolute(name).lexically_normal().string() : real.string();
+    return error ? fs::absolute(name, error).lexically_normal().string() : real.string();
 }
 
 } // namespace
@@ -56,6 +56,7 @@ FileInfo const& SourceIndex::file(CXFile file) {
     info.inProject = !info.isSystem && (paths_.isBelowRoot(name) || !name.starts_with("/usr/"));
     info.path = paths_.modelPath(name);
     info.id = makeId("file", info.path);
+    info.realPath = std::move(name);
     return info;
 }
 

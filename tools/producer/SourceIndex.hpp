@@ -31,7 +31,8 @@ class ProjectPaths {
 
 struct FileInfo {
     Id id{};
-    std::string path;
+    std::string path; // as in the model
+    std::string realPath;
     bool inProject = false;
     bool isSystem = false;
 };

@@ -97,7 +97,7 @@ bool consumeNumber(std::string_view& text, unsigned& number) {
 } // namespace
 
 TypeReader::TypeReader(DeclarationReader& declarations, UnitFacts& facts)
-    : declarations_(declarations), facts_(facts) {}
+    : declarations_(declarations), facts_(facts), aliases_(declarations.sources()) {}
 
 Id TypeReader::read(CXType type, CXCursor context) {
     if (type.kind == CXType_Invalid) return Id{};
@@ -151,8 +151,12 @@ Id TypeReader::buildUnqualified(CXType type, CXCursor context) {
         Id const id = declarations_.refer(clang_getTypeDeclaration(type));
         return id.is_nil() ? opaque(toText(clang_getTypeSpelling(type)), context, false) : id;
     }
-    case CXType_Elaborated:
-        return read(clang_Type_getNamedType(type), context);
+    case CXType_Elaborated: {
+        CXType const named = clang_Type_getNamedType(type);
+        return named.kind == CXType_Unexposed
+                   ? buildUnexposed(named, context, toText(clang_getTypeSpelling(type)))
+                   : read(named, context);
+    }
     case CXType_Auto: {
         CXType const deduced = clang_getCanonicalType(type);
         return deduced.kind == CXType_Auto ? opaque("auto", context, false) : read(deduced, context);
@@ -168,7 +172,7 @@ Id TypeReader::buildUnqualified(CXType type, CXCursor context) {
         return kind <= CXTypeNullability_Unspecified ? buildAttribute(base, nullability[kind]) : base;
     }
     case CXType_Unexposed:
-        return buildUnexposed(type, context);
+        return buildUnexposed(type, context, toText(clang_getTypeSpelling(type)));
     default:
         return buildDerived(type, context);
     }
@@ -261,7 +265,7 @@ Id TypeReader::buildFunction(CXType type, CXCursor context, bool hasResult) {
     return add(std::move(fact), key);
 }
 
-Id TypeReader::buildUnexposed(CXType type, CXCursor context) {
+Id TypeReader::buildUnexposed(CXType type, CXCursor context, std::string const& written) {
     CXType const canonical = clang_getCanonicalType(type);
     std::string const canonicalText = toText(clang_getTypeSpelling(canonical));
     if (Id const id = parameter(canonicalText, context); !id.is_nil()) return id;
@@ -273,12 +277,21 @@ Id TypeReader::buildUnexposed(CXType type, CXCursor context) {
     if (kind == CXCursor_ClassTemplate || kind == CXCursor_TypeAliasTemplateDecl) {
         ++contextUses_;
         return clang_Type_getNumTemplateArguments(type) >= 0
-                   ? declarations_.referDependent(declaration, type, context)
+                   ? declarations_.referSpecialisation(declaration, type, context)
                    : declarations_.referPrototype(declaration);
     }
-    if (canonical.kind != CXType_Unexposed) return read(canonical, context);
+    if (canonical.kind != CXType_Unexposed) return buildAlias(type, context, written);
     if (isRecordCursor(kind)) return declarations_.refer(declaration);
     return opaque(text, context, true);
+}
+
+// What has a structure behind it: an alias keeps its name, the rest is what it stands for.
+Id TypeReader::buildAlias(CXType type, CXCursor context, std::string const& written) {
+    CXCursor const alias = aliases_.find(type, written);
+    if (clang_Cursor_isNull(alias)) return read(clang_getCanonicalType(type), context);
+    return clang_getCursorKind(alias) == CXCursor_TypeAliasTemplateDecl
+               ? declarations_.referSpecialisation(alias, type, context)
+               : declarations_.refer(alias);
 }
 
 Id TypeReader::buildOperator(CXType type, CXCursor context, std::string const& text) {

@@ -2,7 +2,7 @@
 // nothing else.
 #pragma once
 
-#include "Clang.hpp"
+#include "AliasIndex.hpp"
 #include "Facts.hpp"
 
 #include <map>
@@ -32,7 +32,8 @@ class TypeReader {
     Id buildDerived(CXType type, CXCursor context);
     Id buildArray(CXType type, CXCursor context);
     Id buildFunction(CXType type, CXCursor context, bool hasResult);
-    Id buildUnexposed(CXType type, CXCursor context);
+    Id buildUnexposed(CXType type, CXCursor context, std::string const& written);
+    Id buildAlias(CXType type, CXCursor context, std::string const& written);
     Id buildOperator(CXType type, CXCursor context, std::string const& text);
     Id buildAttribute(Id base, std::string attribute);
     Id buildScalar(CXType type);
@@ -45,6 +46,7 @@ class TypeReader {
 
     DeclarationReader& declarations_;
     UnitFacts& facts_;
+    AliasIndex aliases_;
     std::unordered_set<Id, IdHash> known_;
     std::map<std::pair<int, void const*>, Id> memo_;
     // Counts what depends on the context, so that only the rest is remembered by the front end's own address.

@@ -4,9 +4,13 @@
 #include "DeclarationReader.hpp"
 #include "PreprocessorReader.hpp"
 #include "Producer.hpp"
+#include "UnitFile.hpp"
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 #include <filesystem>
+#include <set>
 
 namespace zelkor::producer {
 
@@ -17,8 +21,8 @@ namespace {
 constexpr unsigned parseOptions = CXTranslationUnit_DetailedPreprocessingRecord |
                                   CXTranslationUnit_KeepGoing | CXTranslationUnit_IncludeAttributedTypes;
 
-std::vector<std::string> frontEndArguments(CompileCommand const& command, ParserSettings const& settings) {
-    std::vector<std::string> arguments = cleanArguments(command.arguments);
+std::vector<std::string> frontEndArguments(CompileCommand const& command, ParserSettings const& settings,
+                                           std::vector<std::string> arguments) {
     std::vector<std::string> own = settings.extraArguments;
     own.insert(own.end(),
                {"-resource-dir", settings.resourceDirectory, "-working-directory", command.directory,
@@ -30,14 +34,19 @@ std::vector<std::string> frontEndArguments(CompileCommand const& command, Parser
     return arguments;
 }
 
-char const* describeError(CXErrorCode error) {
+void describeError(CXErrorCode error, UnitFacts& facts) {
     switch (error) {
     case CXError_Crashed:
-        return "the front end crashed on this unit";
+        facts.failure = "the front end crashed on this unit";
+        facts.advice = "take it out of the compile database when the crash disturbs";
+        break;
     case CXError_InvalidArguments:
-        return "the front end rejected the arguments of this unit's command";
+        facts.failure = "the front end rejected the arguments of this unit's command";
+        facts.advice = "try the command by hand with clang-19";
+        break;
     default:
-        return "the front end could not parse this unit; try its command by hand with clang-19";
+        facts.failure = "the front end could not parse this unit";
+        facts.advice = "try its command by hand with clang-19";
     }
 }
 
@@ -82,6 +91,59 @@ void readDiagnostics(CXTranslationUnit unit, UnitFacts& facts) {
     }
 }
 
+struct Parsed {
+    ClangUnit unit;
+    CXErrorCode result;
+};
+
+Parsed parse(CXIndex index, std::vector<std::string> const& arguments) {
+    std::vector<char const*> pointers;
+    for (std::string const& argument : arguments)
+        pointers.push_back(argument.c_str());
+    CXTranslationUnit handle = nullptr;
+    CXErrorCode const result = clang_parseTranslationUnit2FullArgv(index, nullptr, pointers.data(),
+                                                                   static_cast<int>(pointers.size()), nullptr,
+                                                                   0, parseOptions, &handle);
+    Parsed parsed{ClangUnit(handle), result};
+    if (result != CXError_Success) parsed.unit.reset();
+    return parsed;
+}
+
+// Some values that another compiler takes make the front end refuse the whole command, and it does not tell
+// which. None of these decides much of what the unit declares.
+constexpr std::array<std::string_view, 3> suspects{"-m", "-std=", "-traditional"};
+
+std::vector<std::string> takeSuspects(std::vector<std::string>& arguments, std::string_view prefix) {
+    static constexpr std::array<std::string_view, 3> sizes{"-m32", "-m64", "-mx32"}; // of types, so they stay
+    std::vector<std::string> taken;
+    std::erase_if(arguments, [&](std::string const& argument) {
+        bool const isTaken =
+            argument.starts_with(prefix) && std::find(sizes.begin(), sizes.end(), argument) == sizes.end();
+        if (isTaken) taken.push_back(argument);
+        return isTaken;
+    });
+    return taken;
+}
+
+// The content is what was parsed, even if the file has changed since.
+void readInputs(SourceIndex& sources, UnitFacts& facts) {
+    struct Reader {
+        SourceIndex& sources;
+        UnitFacts& facts;
+        std::set<std::string> known;
+    } reader{sources, facts, {}};
+    clang_getInclusions(
+        sources.unit(),
+        [](CXFile file, CXSourceLocation*, unsigned depth, CXClientData data) {
+            auto& [sources, facts, known] = *static_cast<Reader*>(data);
+            std::string const& path = sources.file(file).realPath;
+            if (!known.insert(path).second) return;
+            auto const place = depth == 0 ? facts.inputs.begin() : facts.inputs.end();
+            facts.inputs.insert(place, {path, digestOf(sources.contents(file))});
+        },
+        &reader);
+}
+
 void readUnit(CXTranslationUnit unit, CompileCommand const& command, ProjectPaths const& paths,
               bool wantsUses, UnitFacts& facts) {
     SourceIndex sources(unit, paths);
@@ -93,6 +155,7 @@ void readUnit(CXTranslationUnit unit, CompileCommand const& command, ProjectPath
         return CXChildVisit_Continue;
     });
     preprocessor.finish(command.arguments);
+    readInputs(sources, facts);
     DeclarationReader declarations(sources, facts, wantsUses);
     visitChildren(root, [&](CXCursor cursor) {
         if (!clang_isPreprocessing(clang_getCursorKind(cursor))) declarations.declare(cursor);
@@ -113,32 +176,62 @@ std::string findResourceDirectory(std::string const& given) {
         "install the package libclang-common-19-dev or name the directory that has include/stddef.h");
 }
 
+std::string unitPath(CompileCommand const& command, ProjectPaths const& paths) {
+    std::error_code error;
+    fs::path const real = fs::canonical(command.file, error);
+    return paths.modelPath(error ? command.file : real.string());
+}
+
+Digest commandDigest(CompileCommand const& command, ParserSettings const& settings,
+                     ProjectPaths const& paths) {
+    std::string text = toolLine();
+    auto const add = [&text](std::string_view part) { text.append(1, '\0').append(part); };
+    add(paths.root());
+    add(command.directory);
+    add(command.file);
+    add(settings.wantsUses ? "uses" : "");
+    for (std::string const& argument :
+         frontEndArguments(command, settings, cleanArguments(command.arguments)))
+        add(argument);
+    // What the front end reads from the environment.
+    for (char const* const name :
+         {"CPATH", "C_INCLUDE_PATH", "CPLUS_INCLUDE_PATH", "CCC_OVERRIDE_OPTIONS", "SDKROOT"}) {
+        char const* const value = std::getenv(name);
+        add(value ? value : "");
+    }
+    return digestOf(text);
+}
+
 UnitFacts parseUnit(CompileCommand const& command, ParserSettings const& settings,
                     ProjectPaths const& paths) {
     UnitFacts facts;
-    std::error_code error;
-    fs::path const real = fs::canonical(command.file, error);
-    facts.file = paths.modelPath(error ? command.file : real.string());
-    if (error) {
-        facts.failure = command.file + ": " + error.message();
+    facts.file = unitPath(command, paths);
+    for (std::string const& path : {command.directory, command.file}) {
+        std::error_code error;
+        if (fs::exists(path, error)) continue;
+        if (!error) error = std::make_error_code(std::errc::no_such_file_or_directory);
+        facts.failure = path + ": " + error.message();
+        facts.advice =
+            "build the project first, so that generated sources are there, or record its commands again";
         return facts;
     }
-    std::vector<std::string> const arguments = frontEndArguments(command, settings);
-    std::vector<char const*> pointers;
-    for (std::string const& argument : arguments)
-        pointers.push_back(argument.c_str());
     ClangIndex const index(clang_createIndex(0, 0));
-    CXTranslationUnit handle = nullptr;
-    CXErrorCode const result = clang_parseTranslationUnit2FullArgv(index.get(), nullptr, pointers.data(),
-                                                                   static_cast<int>(pointers.size()), nullptr,
-                                                                   0, parseOptions, &handle);
-    ClangUnit const unit(handle);
-    if (result != CXError_Success || !unit) {
-        facts.failure = describeError(result);
+    std::vector<std::string> const arguments = cleanArguments(command.arguments);
+    Parsed parsed = parse(index.get(), frontEndArguments(command, settings, arguments));
+    for (std::string_view const prefix : suspects) {
+        if (parsed.unit || parsed.result == CXError_Crashed) break;
+        std::vector<std::string> fewer = arguments;
+        facts.rejectedOptions = takeSuspects(fewer, prefix);
+        if (!facts.rejectedOptions.empty())
+            parsed = parse(index.get(), frontEndArguments(command, settings, fewer));
+    }
+    if (!parsed.unit) {
+        facts.rejectedOptions.clear();
+        describeError(parsed.result, facts);
         return facts;
     }
-    readDiagnostics(unit.get(), facts);
-    readUnit(unit.get(), command, paths, settings.wantsUses, facts);
+    readDiagnostics(parsed.unit.get(), facts);
+    readUnit(parsed.unit.get(), command, paths, settings.wantsUses, facts);
     return facts;
 }
 

@@ -20,6 +20,13 @@ struct ParserSettings {
 // Throws ImportError, with the package to install, when they are not there.
 std::string findResourceDirectory(std::string const& given);
 
+// Name of the command's main file in the model, whether the file exists or not.
+std::string unitPath(CompileCommand const& command, ProjectPaths const& paths);
+
+// Of all that decides what `parseUnit` gives, apart from the content of files.
+Digest commandDigest(CompileCommand const& command, ParserSettings const& settings,
+                     ProjectPaths const& paths);
+
 // Parses with an index of its own, so that calls from different threads do not meet. Never throws for what
 // the sources hold: trouble is in `failure` and `diagnostics`.
 UnitFacts parseUnit(CompileCommand const& command, ParserSettings const& settings, ProjectPaths const& paths);

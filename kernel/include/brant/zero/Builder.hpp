@@ -90,6 +90,8 @@ class ZELKOR_API Builder::Orchestrator {
     Orchestrator& operator=(Orchestrator const&) = delete;
     /// Without `commit`, everything made so far is gone.
     ~Orchestrator();
+    /// Takes part in this creation from now on; without effect when it does already.
+    /// \throws std::logic_error when another creation that still runs has it.
     void addBuilder(Builder* builder);
     /// \returns the element that this builder already made here, or a null handle.
     [[nodiscard]] ModelElement getCreatedElement(Builder const* builder) const;

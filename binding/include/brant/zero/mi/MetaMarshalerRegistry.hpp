@@ -15,7 +15,7 @@ class ZELKOR_API MetaMarshalerRegistry {
   public:
     static MetaMarshalerRegistry& getInstance();
 
-    /// \returns the marshaler. O(1). \throws NoSuchType when the type has none.
+    /// \returns the marshaler; the script class of its values is loaded. O(1). \throws NoSuchType when the type has none.
     [[nodiscard]] ValueMarshaler const& getPropertyMarshaler(meta::Type const& type);
     /// Takes the place of what was registered for the type.
     void registerTypeMarshaler(meta::Type const& type, std::unique_ptr<ValueMarshaler> marshaler);
@@ -24,7 +24,11 @@ class ZELKOR_API MetaMarshalerRegistry {
   private:
     MetaMarshalerRegistry();
 
-    std::unordered_map<ElementImpl const*, std::unique_ptr<ValueMarshaler>> marshalers_;
+    struct Entry {
+        std::unique_ptr<ValueMarshaler> marshaler;
+        bool isReady = false; ///< whether its dependencies are loaded, or being loaded
+    };
+    std::unordered_map<ElementImpl const*, Entry> marshalers_;
 };
 
 } // namespace brant::zero::mi

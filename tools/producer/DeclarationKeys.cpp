@@ -1,0 +1,116 @@
+// The keys of declarations: unified ids of the front end, and what tells apart declarations that share one.
+#include "DeclarationReader.hpp"
+
+#include <boost/uuid/uuid_io.hpp>
+
+#include <algorithm>
+#include <cctype>
+
+namespace zelkor::producer {
+
+namespace {
+
+// Text without blanks, and with names in it by their numbers, which redeclarations may spell otherwise.
+std::string commonForm(std::string_view text, std::vector<std::string> const& names) {
+    std::string form;
+    for (std::size_t at = 0; at < text.size();) {
+        std::size_t const start = at;
+        while (at < text.size() && isWordByte(text[at]))
+            ++at;
+        std::string_view const word = text.substr(start, at - start);
+        auto const name = std::find(names.begin(), names.end(), word);
+        if (word.empty()) {
+            char const c = text[at++];
+            if (!std::isspace(static_cast<unsigned char>(c))) form += c;
+        } else if (name != names.end()) {
+            form += '$' + std::to_string(name - names.begin());
+        } else {
+            form += form.empty() || !isWordByte(form.back()) ? "" : " ";
+            form += word;
+        }
+    }
+    return form;
+}
+
+// What is declared with one of these words takes any type.
+bool isUnconstrained(std::string_view parameter) {
+    auto const begins = [&](std::string_view word) {
+        return parameter.starts_with(word) &&
+               (parameter.size() == word.size() || !isWordByte(parameter[word.size()]));
+    };
+    return begins("typename") || begins("class");
+}
+
+bool endsInRequires(std::string_view text) {
+    while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
+        text.remove_suffix(1);
+    std::string_view const word = "requires";
+    if (!text.ends_with(word)) return false;
+    text.remove_suffix(word.size());
+    return text.empty() || !isWordByte(text.back());
+}
+
+} // namespace
+
+// Overloads may differ in nothing but these, which the unified id leaves out.
+std::string DeclarationReader::constraintsOf(CXCursor cursor) {
+    bool const isTemplate = clang_getCursorKind(cursor) == CXCursor_FunctionTemplate;
+    if (!isTemplate && !isTemplateCursor(clang_getCursorKind(scopeOf(cursor)))) return {};
+    std::vector<std::string> names;
+    for (CXCursor const& parameter : isTemplate ? ownParameterCursors(cursor) : std::vector<CXCursor>())
+        names.push_back(nameOf(parameter));
+    CXSourceLocation const start = clang_getRangeStart(clang_getCursorExtent(cursor));
+    std::string constraints;
+    visitChildren(cursor, [&](CXCursor child) {
+        CXCursorKind const kind = clang_getCursorKind(child);
+        std::string_view const text = sources_.text(clang_getCursorExtent(child));
+        bool isConstraint = false;
+        if (kind == CXCursor_TemplateTypeParameter) {
+            isConstraint = !isUnconstrained(text);
+        } else if (clang_isExpression(kind)) {
+            CXSourceLocation const end = clang_getRangeStart(clang_getCursorExtent(child));
+            isConstraint = endsInRequires(sources_.text(clang_getRange(start, end)));
+        }
+        if (isConstraint) constraints += '|' + commonForm(text, names);
+        std::string const type =
+            kind == CXCursor_ParmDecl ? toText(clang_getTypeSpelling(clang_getCursorType(child))) : "";
+        if (type.find(" auto") != std::string::npos) constraints += '|' + commonForm(type, names);
+        return CXChildVisit_Continue;
+    });
+    return constraints;
+}
+
+std::string DeclarationReader::keyOf(CXCursor cursor) {
+    CXCursor const canonical = clang_getCanonicalCursor(cursor);
+    CXSourceLocation const location = clang_getCursorLocation(canonical);
+    auto const place = [&] {
+        FileInfo const* const file = sources_.fileOf(location);
+        return file ? file->path : std::string();
+    };
+    std::string usr = toText(clang_getCursorUSR(canonical));
+    CXCursor const scope = clang_getCursorSemanticParent(canonical);
+    // The front end gives equal ids to all nameless things of a scope, and to equal names inside them.
+    std::string const outer =
+        isNameless(scope) || isNameless(canonical) ? boost::uuids::to_string(ownerKeyOf(scope)) + '|' : "";
+    if (isNameless(canonical) || usr.empty() || usr == "c:") {
+        // Where it begins; for what has no name the location itself is not the same in C and in C++.
+        auto const position = sources_.position(clang_getRangeStart(clang_getCursorExtent(canonical)));
+        return outer + place() + ':' +
+               (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
+               '|' + toText(clang_getCursorKindSpelling(clang_getCursorKind(canonical)));
+    }
+    if (!outer.empty()) return outer + usr;
+    bool const isLocalToFile = !usr.starts_with("c:@") || clang_Cursor_isAnonymous(canonical) ||
+                               clang_getCursorLinkage(canonical) == CXLinkage_Internal;
+    if (usr.find("@SP>") != std::string::npos) {
+        // Partial specialisations that differ in constraints only have one id.
+        auto const position = sources_.position(location);
+        return place() + ':' +
+               (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
+               '|' + usr;
+    }
+    usr += constraintsOf(canonical);
+    return isLocalToFile ? place() + '|' + usr : usr;
+}
+
+} // namespace zelkor::producer

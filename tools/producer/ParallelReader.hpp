@@ -1,0 +1,48 @@
+// Units are read in any order and handed out in theirs.
+#pragma once
+
+#include "Facts.hpp"
+
+#include <condition_variable>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <vector>
+
+namespace zelkor::producer {
+
+class ParallelReader {
+  public:
+    using Read = std::function<UnitFacts(std::size_t number)>;
+
+    // `read` is called on `jobs` threads; what it throws, `take` throws.
+    ParallelReader(std::size_t units, Read read, unsigned jobs);
+    // Waits for the units that are being read.
+    ~ParallelReader();
+    ParallelReader(ParallelReader const&) = delete;
+    ParallelReader& operator=(ParallelReader const&) = delete;
+
+    // Waits for the unit; each may be taken once, in ascending order.
+    UnitFacts take(std::size_t number);
+
+  private:
+    std::optional<std::size_t> next();
+    void work();
+    void stop();
+
+    Read read_;
+    std::mutex mutex_;
+    std::condition_variable ready_;
+    std::condition_variable room_;
+    std::vector<std::optional<UnitFacts>> results_;
+    std::size_t window_;
+    std::size_t started_ = 0;
+    std::size_t taken_ = 0;
+    bool isStopped_ = false;
+    std::exception_ptr failure_;
+    std::vector<std::thread> threads_; // last, so that all else is there when they start
+};
+
+} // namespace zelkor::producer
