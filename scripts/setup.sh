@@ -12,6 +12,7 @@ packages=(
   libcereal-dev libxxhash-dev libzstd-dev
   python3 python3-jinja2 python3-jsonschema libxml2-utils
   libgtest-dev
+  python3-dev pybind11-dev mypy
 )
 for option in "$@"; do
   case $option in

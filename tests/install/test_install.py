@@ -70,6 +70,18 @@ class Installed(unittest.TestCase):
         run("cmake", "--build", tree)
         self.consumer_says(tree / "consumer")
 
+    def test_python(self):
+        found = sorted(prefix.rglob("zelkor/_core.*.so"))
+        if not found:
+            self.skipTest("the build has no Python module")
+        packages = found[0].parent.parent
+        environment = {"PYTHONPATH": str(packages), "LD_PRELOAD": os.environ.get("LD_PRELOAD", ""), "PATH": os.environ["PATH"]}
+        script = "import zelkor, zelkor.ast as a; print(zelkor.__file__, a.Function(zelkor.Model(), name='f').generate_signature())"
+        self.assertEqual(run("/usr/bin/python3", "-c", script, env=environment),
+                         f"{packages}/zelkor/__init__.py f()\n")
+        self.assertTrue((packages / "zelkor/py.typed").exists() and (packages / "zelkor/ast/types/__init__.pyi").exists())
+        self.assertFalse([path for path in packages.rglob("*") if path.is_symlink()])
+
     def test_pkg_config(self):
         environment = os.environ | {"PKG_CONFIG_PATH": str(only("zelkor-ast.pc").parent)}
         found = run("pkg-config", "--cflags", "--libs", "zelkor-ast", env=environment).split()

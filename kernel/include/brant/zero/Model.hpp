@@ -80,7 +80,7 @@ struct ZELKOR_API CommitNotice {
     std::vector<ElementChange> destroyed; ///< identity, class and old values of each
 };
 
-/// Keeps a commit callback registered; dropping it ends the subscription.
+/// Keeps a commit callback registered; dropping it ends the subscription, unless it was detached.
 class ZELKOR_API Subscription {
   public:
     Subscription() noexcept = default;
@@ -88,6 +88,8 @@ class ZELKOR_API Subscription {
     Subscription& operator=(Subscription&& other) noexcept;
     ~Subscription();
     void cancel() noexcept;
+    /// Lets the callback stay registered for as long as the model lives.
+    void detach() noexcept { entry_.reset(); }
 
   private:
     friend class Model;
