@@ -2,9 +2,8 @@
 """Reads what the peers write, and asks it who calls a function, the way a script of theirs would.
 
     ask.py xml-load FILE...                  all of the XML files, as trees
-    ask.py json-load FILE                    the front end's dump of one unit, as a tree
     ask.py xml-callers DIRECTORY NAME        Doxygen's XML: by its index to the function, then who refers to it
-    ask.py json-callers FILE NAME            the dump: the functions in whose body the function is named
+    ask.py json-callers FILE NAME            the front end's dump of one unit: the functions in whose body it is named
 
 NAME is the last part of a qualified name. Printed is one caller a line, or how many elements there are.
 """
@@ -19,11 +18,6 @@ FUNCTIONS = {"FunctionDecl", "CXXMethodDecl", "CXXConstructorDecl", "CXXDestruct
 
 def xml_load(*files):
     return [str(sum(1 for file in files for _ in ElementTree.parse(file).iter()))]
-
-
-def json_load(file):
-    with open(file, encoding="utf-8", errors="replace") as text:
-        return [str(len(json.load(text)["inner"]))]
 
 
 def xml_callers(directory, name):
@@ -63,7 +57,7 @@ def json_callers(file, name):
 
 
 def main():
-    ask = {"xml-load": xml_load, "json-load": json_load, "xml-callers": xml_callers, "json-callers": json_callers}
+    ask = {"xml-load": xml_load, "xml-callers": xml_callers, "json-callers": json_callers}
     if len(sys.argv) < 3 or sys.argv[1] not in ask:
         sys.exit(__doc__)
     for answer in sorted(ask[sys.argv[1]](*sys.argv[2:])):
