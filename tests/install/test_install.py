@@ -78,7 +78,7 @@ class Installed(unittest.TestCase):
         environment = {"PYTHONPATH": str(packages), "LD_PRELOAD": os.environ.get("LD_PRELOAD", ""), "PATH": os.environ["PATH"]}
         script = "import zelkor, zelkor.ast as a; print(zelkor.__file__, a.Function(zelkor.Model(), name='f').generate_signature())"
         self.assertEqual(run("/usr/bin/python3", "-c", script, env=environment),
-                         f"{packages}/zelkor/__init__.py f()\n")
+                         f"{packages}/zelkor/__init__.py f(void)\n")
         self.assertTrue((packages / "zelkor/py.typed").exists() and (packages / "zelkor/ast/types/__init__.pyi").exists())
         self.assertFalse([path for path in packages.rglob("*") if path.is_symlink()])
 
