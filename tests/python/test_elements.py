@@ -1,9 +1,12 @@
 """Building, lists, transactions, notices."""
 
+import copy
 import pathlib
+import pickle
 import random
 import unittest
 import uuid
+from collections.abc import MutableSequence
 
 import zelkor
 from zelkor import errors
@@ -155,8 +158,12 @@ class ListTest(ElementTest):
         self.assertEqual([p.name for p in function.params], ["b"])
         function.comments[:] = ["one", pathlib.Path("two")]
         self.assertEqual(repr(function.comments), "['one', 'two']")
+        self.assertIsInstance(function.comments, MutableSequence)
         with self.assertRaises(TypeError):
             hash(function.comments)
+        for copier in (copy.copy, copy.deepcopy, pickle.dumps):
+            with self.assertRaises(TypeError):
+                copier(function)
 
     def test_keyed_lists_and_views(self):
         project = Project(self.model, files=[SourceFile(path="b.h"), SourceFile(path=pathlib.Path("a.h"))])

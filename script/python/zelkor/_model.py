@@ -4,11 +4,11 @@ from __future__ import annotations
 
 import difflib
 import os
-from collections.abc import Iterable
+from collections.abc import Iterable, MutableSequence
 from typing import Any, TypeVar
 
 from zelkor import _core
-from zelkor._core import Condition, Model, ModelElement, Query
+from zelkor._core import Condition, List, Model, ModelElement, Query
 from zelkor.ast import Ast
 from zelkor.errors import NotFound
 
@@ -92,6 +92,7 @@ def _attach() -> None:
     ):
         for name, method in methods.items():
             setattr(owner, name, method)
+    MutableSequence.register(List)
 
 
 _attach()
