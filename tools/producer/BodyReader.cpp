@@ -26,6 +26,35 @@ CXType innermost(CXType type) {
     }
 }
 
+// Such a declaration has no element of its own: that of the pattern stands for it. Closures go by their
+// place, which they share with those of the pattern.
+bool isLocalToInstance(CXCursor declaration) {
+    for (CXCursor scope = clang_getCursorSemanticParent(declaration); !isLambda(scope);
+         scope = clang_getCursorSemanticParent(scope)) {
+        bool const isFunction = isFunctionCursor(clang_getCursorKind(scope));
+        if (isFunction && !isNull(clang_getSpecializedCursorTemplate(scope))) return true;
+        if (!isFunction && !isRecordCursor(clang_getCursorKind(scope))) return false;
+    }
+    return false;
+}
+
+// The front end tells it of classes and functions, and fields follow from their class.
+CXCursor patternOfLocal(CXCursor declaration) {
+    if (clang_getCursorKind(declaration) != CXCursor_FieldDecl)
+        return clang_getSpecializedCursorTemplate(declaration);
+    CXCursor const record = clang_getSpecializedCursorTemplate(clang_getCursorSemanticParent(declaration));
+    CXCursor found = clang_getNullCursor();
+    if (isNull(record)) return found;
+    std::string const name = nameOf(declaration);
+    visitChildren(record, [&](CXCursor child) {
+        if (clang_getCursorKind(child) != CXCursor_FieldDecl || nameOf(child) != name)
+            return CXChildVisit_Continue;
+        found = child;
+        return CXChildVisit_Break;
+    });
+    return found;
+}
+
 // Its life ends with the block, unlike that of what it refers to.
 bool isAutomatic(CXCursor variable) {
     CX_StorageClass const storage = clang_Cursor_getStorageClass(variable);
@@ -228,7 +257,7 @@ void BodyReader::enterName(Walk& walk, Frame& frame) {
     } else if (kind == CXCursor_VarDecl || kind == CXCursor_ParmDecl || kind == CXCursor_FieldDecl) {
         useVariable(walk, frame, variableOf(referenced));
     } else if (kind != CXCursor_UnexposedDecl) {
-        declarations_.refer(referenced);
+        refer(referenced);
     }
 }
 
@@ -236,7 +265,7 @@ void BodyReader::enterName(Walk& walk, Frame& frame) {
 void BodyReader::enterMemberName(Frame& frame, Frame& parent) {
     CXCursor const field = clang_getCursorReferenced(frame.cursor);
     if (isNull(field)) return;
-    Id const id = declarations_.refer(field);
+    Id const id = refer(field);
     bool const isDesignator = parent.kind == CXCursor_UnexposedExpr && parent.type.kind == CXType_Void;
     bool const isMember = isFunctionCursor(parent.kind) || parent.kind == CXCursor_FunctionTemplate;
     if ((!isDesignator && !isMember) || (parent.expected.value & effect::hidden)) return;
@@ -257,13 +286,13 @@ void BodyReader::enterLambda(Walk const& walk, Frame const& frame) {
 }
 
 void BodyReader::useFunction(Frame const& frame, CXCursor function) {
-    Id const id = declarations_.refer(function);
+    Id const id = refer(function);
     Effect const value = frame.expected.value;
     if (value & effect::hidden) return;
     if (value & effect::callee) return call(frame.owner, function);
     uses_.add(frame.owner, UseKind::Address, id);
     uses_.addPointer(frame.owner, frame.sink, id);
-    if (usedIds_.insert(id).second) used_.emplace_back(id, function);
+    if (!id.is_nil() && usedIds_.insert(id).second) used_.emplace_back(id, function);
 }
 
 void BodyReader::useVariable(Walk& walk, Frame const& frame, Id const& variable) {
@@ -289,7 +318,7 @@ void BodyReader::useVariable(Walk& walk, Frame const& frame, Id const& variable)
 
 void BodyReader::useType(Id const& owner, CXCursor declaration) {
     if (isNull(declaration) || clang_getCursorKind(declaration) == CXCursor_UnexposedDecl) return;
-    Id const id = declarations_.refer(declaration);
+    Id const id = refer(declaration);
     CXCursorKind const kind = clang_getCursorKind(declaration);
     bool const isType = isRecordCursor(kind) || kind == CXCursor_EnumDecl || kind == CXCursor_TypedefDecl ||
                         kind == CXCursor_TypeAliasDecl;
@@ -313,9 +342,15 @@ void BodyReader::useDestructor(Id const& owner, CXType type) {
 }
 
 void BodyReader::call(Id const& owner, CXCursor function) {
-    Id const id = declarations_.refer(function);
+    Id const id = refer(function);
     uses_.add(owner, UseKind::Call, id);
-    if (usedIds_.insert(id).second) used_.emplace_back(id, function);
+    if (!id.is_nil() && usedIds_.insert(id).second) used_.emplace_back(id, function);
+}
+
+Id BodyReader::refer(CXCursor declaration) {
+    if (!isLocalToInstance(declaration)) return declarations_.refer(declaration);
+    CXCursor const pattern = patternOfLocal(declaration);
+    return isNull(pattern) ? Id{} : declarations_.refer(pattern);
 }
 
 Id BodyReader::variableOf(CXCursor referenced) {
@@ -328,7 +363,7 @@ Id BodyReader::variableOf(CXCursor referenced) {
     // Locals are known where they stand; those of instantiations and those that the front end made are not.
     bool const isLocal =
         kind == CXCursor_VarDecl && clang_getCursorLinkage(referenced) == CXLinkage_NoLinkage;
-    return isLocal ? declarations_.known(referenced) : declarations_.refer(referenced);
+    return isLocal ? declarations_.known(referenced) : refer(referenced);
 }
 
 bool BodyReader::isPlainCast(CXCursor function) {
