@@ -96,6 +96,9 @@ void BodyReader::readInstances() {
         auto const [id, cursor] = used_[i];
         CXCursor const definition = clang_getCursorDefinition(cursor);
         if (isNull(definition) || read_.contains(id) || isImplicitMember(definition)) continue;
+        // What turns a closure into a pointer has a body of the front end's making.
+        if (clang_getCursorKind(definition) == CXCursor_ConversionFunction && isLambda(scopeOf(definition)))
+            continue;
         if (!declarations_.sources().inProject(definition)) continue;
         read_.insert(id);
         uses_.addBody(id);
