@@ -172,13 +172,15 @@ Id DeclarationReader::ensure(Id const& id, EntityKind kind, CXCursor cursor, boo
     placeholder.kind = kind;
     // Entered first, since types and scopes lead back here.
     table_.emplace(id, &placeholder);
-    // A stub tells most when made from the definition.
+    // What is defined outside of the project tells most when made from there; nobody visits it for itself.
     CXCursor const definition = clang_getCursorDefinition(cursor);
-    bool const useDefinition = !asPrototype && !sources_.inProject(cursor) &&
-                               !clang_Cursor_isNull(definition) &&
-                               clang_getCursorKind(definition) == clang_getCursorKind(cursor);
-    placeholder = describe(useDefinition ? definition : cursor, kind, asPrototype);
+    bool const isDefinedOutside = !asPrototype && !clang_Cursor_isNull(definition) &&
+                                  clang_getCursorKind(definition) == clang_getCursorKind(cursor) &&
+                                  !sources_.inProject(definition);
+    bool const isDeclaredInside = sources_.inProject(cursor);
+    placeholder = describe(isDefinedOutside && !isDeclaredInside ? definition : cursor, kind, asPrototype);
     placeholder.id = id;
+    if (isDefinedOutside && isDeclaredInside) fold(id, describe(definition, kind, false));
     Entity& made = placeholder;
     RecordFacts* const record = made.as<RecordFacts>();
     if (record && made.inProject && !asPrototype) records_.push_back(cursor);
