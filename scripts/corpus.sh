@@ -9,6 +9,7 @@ set -euo pipefail
 packages="
 re2      20220601+dfsg-1  make   REBUILD_TABLES=1 obj/libre2.a
 libyaml  0.2.5-1       cmake
+sqlite3  3.40.1-2+deb12u2  configure  sqlite3.c sqlite3.lo
 "
 
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -59,6 +60,13 @@ database() {
     case $way in
     cmake)
         cmake -S "$source" -B "$build" -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCMAKE_BUILD_TYPE=Release >/dev/null
+        ;;
+    configure)
+        # One object, so that the database has each unit once; the first target is made from others and is no unit.
+        (cd "$build" && sh "$source/configure" --disable-shared --disable-tcl --disable-readline >/dev/null)
+        make -C "$build" "${target%% *}" >/dev/null
+        bear --output "$build/compile_commands.json" -- \
+            make -C "$build" CFLAGS=-O0 ${target#* } >/dev/null
         ;;
     make)
         bear --output "$build/compile_commands.json" -- \

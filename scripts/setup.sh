@@ -19,7 +19,7 @@ for option in "$@"; do
   --bench)
     packages+=(libbenchmark-dev libpugixml-dev nlohmann-json3-dev protobuf-compiler libprotobuf-dev libxml2-dev libsqlite3-dev)
     ;;
-  --corpus) packages+=(bear dpkg-dev make unicode-data) ;;
+  --corpus) packages+=(bear dpkg-dev make tcl unicode-data) ;;
   --fuzz) packages+=(clang libclang-rt-14-dev) ;;
   *)
     echo "error: no option called $option; there are --bench, --corpus and --fuzz" >&2

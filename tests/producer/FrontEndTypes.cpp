@@ -179,9 +179,11 @@ bool FrontEndWalk::agreesDeclared(types::Type const& type, CXType expected) cons
     Place place;
     bool const isPlaced = placeOf(declaration, place);
     std::vector<za::Symbol> const& there = index_.at(place);
-    bool const isThere = !isPlaced || std::any_of(there.begin(), there.end(), [&](za::Symbol const& symbol) {
-        return symbol.get() == type.get();
-    });
+    // C may repeat a typedef, and of those in foreign headers the model has one place.
+    bool const isRepeatable = clang_getCursorKind(declaration) == CXCursor_TypedefDecl && !isInProject(place);
+    bool const isThere = !isPlaced || isRepeatable ||
+                         std::any_of(there.begin(), there.end(),
+                                     [&](za::Symbol const& symbol) { return symbol.get() == type.get(); });
     return isRightClass && type.getName() == name && hasArguments && isThere;
 }
 

@@ -88,6 +88,8 @@ bool isVariableTemplate(CXCursor cursor) {
 
 // Counted by tokens, where the producer reads the text.
 bool hasDefault(CXCursor parameter) {
+    // The tokens of a macro may run on to what follows it.
+    if (clang_getCursorLanguage(parameter) == CXLanguage_C) return false;
     CXTranslationUnit const unit = clang_Cursor_getTranslationUnit(parameter);
     CXToken* tokens = nullptr;
     unsigned count = 0;

@@ -91,6 +91,7 @@ TEST(InsightFacts, WhatCDoes) {
             {"s.f = 1; s.in.d++; s.a[n] = y;", "reads d in s n y; writes f s d in a"},
             {"q->f = 1; q->in.d = 2; n = q->a[1]; n = s.f;", "reads q a f s; writes f d in n"},
             {"q = &s; s = *q;", "reads q; writes q s; address s; q -> s"},
+            {"((int (*)(int*))h)(&x); ((void (*)(int, int*))p)(y, &n);", "calls h; reads p y; address x n"},
             {"g(x); (g)(y); (*g)(n); (&g)(1);", "calls g; reads x y n"},
             {"n = s.fn(x); q->fn(2);", "reads fn s x q; writes n"},
             {"s.fn = g; q->fn = n ? &g : 0; h(0, g);", "calls h; reads q n; writes fn s; address g; fn -> g"},

@@ -139,6 +139,31 @@ TEST(Merge, RepeatedTypedefsAreNoVariants) {
     EXPECT_EQ(node->unit, 1U);
 }
 
+TEST(Merge, TentativeDefinitionsGiveWay) {
+    TemporaryDirectory const directory;
+    directory.write("h.h", "int shared;\n");
+    directory.write("a.c", "#include \"h.h\"\nint once;\nint once = 1;\nint twice;\nint twice;\n");
+    directory.write("b.c", "#include \"h.h\"\nint user(void) { return shared; }\nint twice = 2;\n");
+    ProjectFacts facts;
+    facts.add(parse("a.c", {}, directory.path()));
+    facts.add(parse("b.c", {}, directory.path()));
+    EXPECT_TRUE(facts.variants().empty());
+    struct Row {
+        char const* name;
+        std::size_t unit;
+        unsigned line;
+        std::size_t declarations;
+    };
+    for (Row const& row : {Row{"once", 0, 3, 1}, Row{"twice", 1, 3, 2}, Row{"shared", 0, 1, 0}}) {
+        MergedEntity const* const merged = findMerged(facts, EntityKind::Variable, row.name);
+        ASSERT_NE(merged, nullptr) << row.name;
+        EXPECT_EQ(merged->unit, row.unit) << row.name;
+        ASSERT_TRUE(merged->facts.definition) << row.name;
+        EXPECT_EQ(merged->facts.definition->line, row.line) << row.name;
+        EXPECT_EQ(merged->facts.declarations.size(), row.declarations) << row.name;
+    }
+}
+
 TEST(Merge, FilesUniteTheirFlagsAndIncludes) {
     TemporaryDirectory const directory;
     directory.write("one.h", "");

@@ -298,6 +298,7 @@ Outcome functionOutcome(Path const& path) {
         if (parent.kind == CXCursor_LambdaExpr && path[i].kind == CXCursor_UnexposedExpr)
             return {false, false, false, true};
         bool const isAround = parent.kind == CXCursor_ParenExpr || parent.kind == CXCursor_UnexposedExpr ||
+                              parent.kind == CXCursor_CStyleCastExpr ||
                               (parent.kind == CXCursor_UnaryOperator &&
                                (clang_getCursorUnaryOperatorKind(parent.cursor) == CXUnaryOperator_AddrOf ||
                                 clang_getCursorUnaryOperatorKind(parent.cursor) == CXUnaryOperator_Deref));

@@ -132,9 +132,8 @@ void BodyReader::walk(CXCursor declaration, Id const& owner, bool isInstance) {
 CXChildVisitResult BodyReader::visit(Walk& walk, CXCursor cursor, CXCursor parent) {
     // The initialiser of a capture is a parent that was never shown; what is in it counts for the lambda.
     auto const last = walk.frames.rend();
-    auto found = std::find_if(walk.frames.rbegin(), last, [&](Frame const& frame) {
-        return clang_equalCursors(frame.cursor, parent) != 0;
-    });
+    auto found = std::find_if(walk.frames.rbegin(), last,
+                              [&](Frame const& frame) { return isSameNode(frame.cursor, parent); });
     if (found == last) {
         found = std::find_if(walk.frames.rbegin(), last,
                              [](Frame const& frame) { return frame.kind == CXCursor_LambdaExpr; });
@@ -145,7 +144,7 @@ CXChildVisitResult BodyReader::visit(Walk& walk, CXCursor cursor, CXCursor paren
     frame.cursor = cursor;
     frame.kind = clang_getCursorKind(cursor);
     // A default argument is not evaluated by the function itself.
-    bool const isDefault = around.kind == CXCursor_ParmDecl && clang_equalCursors(around.partner, cursor);
+    bool const isDefault = around.kind == CXCursor_ParmDecl && isSameNode(around.partner, cursor);
     frame.owner = isDefault ? around.sink : around.owner;
     if (isDefault) uses_.addBody(frame.owner);
     if (clang_isExpression(frame.kind) || clang_isStatement(frame.kind)) {

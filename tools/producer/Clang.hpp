@@ -41,6 +41,15 @@ struct CursorEqual {
     bool operator()(CXCursor const& a, CXCursor const& b) const { return clang_equalCursors(a, b) != 0; }
 };
 
+// Equality of cursors on one node. Those of expressions and statements also hold the declaration around them,
+// which is not the same for each way that leads to them, and is wrong after a declaration inside of an
+// expression.
+inline bool isSameNode(CXCursor const& a, CXCursor const& b) {
+    if (clang_isExpression(a.kind) || clang_isStatement(a.kind))
+        return a.kind == b.kind && a.data[1] == b.data[1];
+    return clang_equalCursors(a, b) != 0;
+}
+
 // Calls `visit(cursor)` or `visit(cursor, parent)` for each child; it answers a CXChildVisitResult. An
 // exception must not cross the front end's own frames, which are compiled without them, so it is carried
 // around.

@@ -340,7 +340,9 @@ void DeclarationReader::describeVariable(Entity& entity, CXCursor cursor) {
         bool const hasValue = !clang_Cursor_isNull(value) && !clang_isInvalid(clang_getCursorKind(value));
         if (entity.inProject && hasValue) facts.initialiser = constants_.read(value, cursor);
         // To the front end a tentative definition of C and some locals are no definitions.
-        entity.isDefined |= !isInRecord(cursor) && storageOf(cursor) != StorageClass::Extern;
+        facts.isTentative =
+            !entity.isDefined && !isInRecord(cursor) && storageOf(cursor) != StorageClass::Extern;
+        entity.isDefined |= facts.isTentative;
     }
     entity.detail = std::move(facts);
 }

@@ -95,7 +95,7 @@ int argumentIndex(Frame const& call, CXCursor child) {
     for (int step = 0; step < count; ++step) {
         int const index = (guess + step) % count;
         CXCursor const argument = clang_Cursor_getArgument(call.cursor, static_cast<unsigned>(index));
-        if (clang_equalCursors(argument, child)) return index;
+        if (isSameNode(argument, child)) return index;
     }
     return -1;
 }
@@ -126,8 +126,7 @@ Expectation expectCallPart(Frame& call, CXCursor child) {
 }
 
 Expectation expectInitialiser(Frame const& variable, CXCursor child) {
-    if (clang_equalCursors(variable.partner, child))
-        return {bindingEffect(variable.type), effect::address, true};
+    if (isSameNode(variable.partner, child)) return {bindingEffect(variable.type), effect::address, true};
     // Bounds of arrays are values; what `decltype` and the arguments of templates hold is not evaluated.
     CXType type = variable.type;
     while (type.kind == CXType_Pointer || type.kind == CXType_LValueReference)

@@ -79,8 +79,8 @@ void serialize(Archive& archive, FunctionFacts& fact) {
 
 template <class Archive>
 void serialize(Archive& archive, VariableFacts& fact) {
-    auto& [initialiser, bits, isMutable] = fact;
-    archive(initialiser, bits, isMutable);
+    auto& [initialiser, bits, isMutable, isTentative] = fact;
+    archive(initialiser, bits, isMutable, isTentative);
 }
 
 template <class Archive>

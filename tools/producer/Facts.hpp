@@ -177,6 +177,7 @@ struct VariableFacts {
     std::optional<ConstantFact> initialiser;
     std::optional<unsigned> bits; // of a bit field
     bool isMutable = false;
+    bool isTentative = false; // a definition of C unless there is a real one
 };
 
 struct BaseFact {

@@ -107,10 +107,29 @@ void shareAll(Entity& to, Entity&& from) {
     }
 }
 
+bool isTentative(Entity const& entity) {
+    VariableFacts const* const variable = entity.as<VariableFacts>();
+    return entity.isDefined && variable && variable->isTentative;
+}
+
+// Beside another definition a tentative one is a declaration.
+void demote(Entity& entity) {
+    entity.declarations.insert(entity.declarations.begin(), *entity.definition);
+    entity.definition.reset();
+    entity.isDefined = false;
+}
+
 } // namespace
 
+bool replaces(Entity const& seen, Entity const& known) {
+    return seen.isDefined && (!known.isDefined || (isTentative(known) && !isTentative(seen)));
+}
+
 std::string foldEntity(Entity& known, Entity&& seen) {
-    if (seen.isDefined && !known.isDefined) {
+    bool const isElsewhere = seen.definition && known.definition && *seen.definition != *known.definition;
+    if (isElsewhere && isTentative(seen)) demote(seen);
+    if (replaces(seen, known)) {
+        if (known.isDefined) demote(known);
         Entity declared = std::move(known);
         known = std::move(seen);
         shareAll(known, std::move(declared));
@@ -229,7 +248,7 @@ void ProjectFacts::addEntity(Entity&& entity, std::size_t unit) {
         return;
     }
     MergedEntity& known = *entry->second;
-    bool const isReplaced = entity.isDefined && !known.facts.isDefined;
+    bool const isReplaced = replaces(entity, known.facts);
     std::optional<Position> const place = entity.definition;
     // Folding takes nothing of what it refuses.
     std::string reason = foldEntity(known.facts, std::move(entity));

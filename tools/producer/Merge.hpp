@@ -16,6 +16,9 @@ namespace zelkor::producer {
 // definition differs, or nothing.
 std::string foldEntity(Entity& known, Entity&& seen);
 
+// Whether folding puts `seen` in the place of `known`.
+bool replaces(Entity const& seen, Entity const& known);
+
 struct Variant {
     std::string name;
     Position kept;
