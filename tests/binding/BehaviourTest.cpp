@@ -306,7 +306,7 @@ TEST(ScriptAst, writesAndReadsAllForms) {
         };
         for (ArrayPtr const& each : read) {
             ArrayPtr const found = get(each, "Project");
-            EXPECT_EQ(show(found), "Project " + ("'" + std::string(identity) + "'"));
+            EXPECT_EQ(show(found), std::string("Project '").append(identity) + "'");
             EXPECT_EQ(show(get(get(found, "Files"), "Path")), "\"a.c\"");
             EXPECT_EQ(show(call("eq", ast, each)), "0");
         }

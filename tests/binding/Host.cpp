@@ -62,9 +62,9 @@ std::string showOne(krelArray const& array, std::size_t index) {
     case quorl::ArrayKind::Numeric:
         return showNumber(array, index);
     case quorl::ArrayKind::Char:
-        return "'" + omGetChars(array) + "'";
+        return std::string(1, '\'').append(omGetChars(array)).append(1, '\'');
     case quorl::ArrayKind::String:
-        return "\"" + brant::zero::toUtf8(omGetString(array, index)) + "\"";
+        return std::string(1, '"').append(brant::zero::toUtf8(omGetString(array, index))).append(1, '"');
     case quorl::ArrayKind::Struct:
         return "struct";
     case quorl::ArrayKind::Quorl:

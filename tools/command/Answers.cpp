@@ -81,8 +81,10 @@ std::string textOf(std::vector<Section> const& sections, std::size_t limit) {
         std::size_t const count = std::min(limit, section.rows.size());
         limit -= count;
         if (count == 0) continue;
-        if (!section.heading.empty())
-            out += (out.empty() ? "" : "\n") + painted(Paint::Heading, section.heading) + '\n';
+        if (!section.heading.empty()) {
+            if (!out.empty()) out += '\n';
+            out += painted(Paint::Heading, section.heading) + '\n';
+        }
         if (section.layout == Layout::Columns) out += columns(section.rows, count);
         for (std::size_t i = 0; i < count && section.layout != Layout::Columns; ++i)
             out += section.layout == Layout::Tree ? treeLine(section.rows[i]) : plainLine(section.rows[i]);

@@ -58,7 +58,8 @@ std::string bashCompletion() {
     std::string names;
     std::string cases;
     for (Verb const& verb : verbs()) {
-        names += (names.empty() ? "" : " ") + std::string(verb.name);
+        if (!names.empty()) names += ' ';
+        names += verb.name;
         std::string words = "--help";
         for (Option const& option : verb.options)
             words += std::string(" ") + option.name;

@@ -98,9 +98,10 @@ std::string comparable(std::string_view text) {
 
 std::string parameterTypes(za::Function const& function, bool skipTypedefs) {
     std::string text;
-    for (za::Variable const& parameter : function.getParams())
-        text += (text.empty() ? "" : ",") +
-                za::types::Type::generateTypeName(parameter.getType(), {}, skipTypedefs);
+    for (za::Variable const& parameter : function.getParams()) {
+        if (!text.empty()) text += ',';
+        text += za::types::Type::generateTypeName(parameter.getType(), {}, skipTypedefs);
+    }
     if (function.getIsVariadic()) text += text.empty() ? "..." : ",...";
     return comparable(text);
 }
