@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Sets `zelkor` beside other tools on the same sources: import, memory, size, reading again, one question.
 
-    compare.py BUILD_DIR FUNCTION [--release DIR] [--jobs N] [--rounds N] [--only TEXT] [--work DIR]
+    compare.py BUILD_DIR FUNCTION [--release DIR] [--jobs N] [--rounds N] [--only TEXT] [--skip TEXT]
+               [--work DIR]
 
 BUILD_DIR has a compile database (scripts/corpus.sh makes some), FUNCTION is the qualified name of one function whose last
 part no other function has. --release names the build with `zelkor` and `bench_parse`. Printed is a table in Markdown, with
@@ -89,7 +90,8 @@ def main():
     parser.add_argument("--release", default="build/release", type=pathlib.Path)
     parser.add_argument("--jobs", default=2, type=int)
     parser.add_argument("--rounds", default=3, type=int)
-    parser.add_argument("--only", default="", help="peers with TEXT in their names, beside zelkor and parsing alone")
+    parser.add_argument("--only", default="", metavar="TEXT", help="peers with TEXT in their names, zelkor and parsing alone")
+    parser.add_argument("--skip", metavar="TEXT", help="no peers with TEXT in their names")
     parser.add_argument("--work", help="where outputs go and stay; otherwise a directory of its own that goes away")
     options = parser.parse_args()
     tools = {"zelkor": str(options.release.resolve() / "tools/command/zelkor"),
@@ -98,7 +100,8 @@ def main():
         work = pathlib.Path(options.work or own)
         work.mkdir(parents=True, exist_ok=True)
         needed = (FrontEnd, Zelkor)
-        wanted = [peer for peer in PEERS if type(peer) in needed or options.only in peer.name]
+        wanted = [peer for peer in PEERS if type(peer) in needed or
+                  (options.only in peer.name and not (options.skip and options.skip in peer.name))]
         project = Project(options.build, options.function, work.resolve(), tools, options.jobs)
         absent = [f"{peer.name}: absent, {peer.missing(project)}" for peer in wanted if peer.missing(project)]
         results = [Results(peer) for peer in wanted if not peer.missing(project)]
