@@ -38,3 +38,6 @@ ask 4 find "$out/model.json" --name beginTransaction
 ask 4 find "$out/model.json" --class EnumType --regex 'zelkor::.*Kind'
 ask 2 signature "$out/model.json" brant::zero::Core::contain
 ask 8 show "$out/model.json" brant::zero::UndoLog
+ask 5 callers "$out/model.json" brant::zero::Core::contain
+ask 3 writes "$out/model.json" brant::zero::ModelElementImpl::container_
+ask 8 path "$out/model.json" zelkor::ast::io::deserializeFromFile brant::zero::Core::contain
