@@ -3,8 +3,8 @@
 
     unused_functions.py MODEL
 
-A function that overrides another one is reached through its base, `main` by the system, and calls of destructors are not
-all recorded; these do not count.
+A function that overrides another one is reached through its base, `main` by the system, and calls of destructors are
+not all recorded; these do not count.
 """
 
 import sys
@@ -25,7 +25,8 @@ def main(path: str) -> int:
         print("the model has no code insight; import it without --no-insight", file=sys.stderr)
         return 2
     reached = {method for virtual in model.query(FunInfo) for method in virtual.called_funs}
-    for info in model.query(FunctionInfo).where(FunctionInfo.is_called == False, FunctionInfo.is_address_taken == False):
+    idle = (FunctionInfo.is_called == False) & (FunctionInfo.is_address_taken == False)
+    for info in model.query(FunctionInfo).where(idle):
         function = info.function
         if function is None or function in reached or function.name == "main" or function.is_compiler_generated:
             continue

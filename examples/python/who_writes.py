@@ -14,8 +14,9 @@ from zelkor.ast.codeinsight import FunctionInfo, PtrInfo
 def describe(function: Function | None, what: str) -> str:
     if function is None:
         return f"somebody {what}"
-    place = f"{function.def_pos.file.path}:{function.def_pos.line}: " if function.def_pos and function.def_pos.file else ""
-    return f"{place}{function.generate_signature()} {what}"
+    place = function.def_pos
+    where = f"{place.file.path}:{place.line}: " if place and place.file else ""
+    return f"{where}{function.generate_signature()} {what}"
 
 
 def main(path: str, name: str) -> int:

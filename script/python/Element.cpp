@@ -78,16 +78,15 @@ PyObject* represent(PyObject* self) {
     });
 }
 
-/// Attributes that are not there are told with the nearest one that is.
+/// Attributes that are not there are told with the nearest one that is. What a property itself reports passes
+/// on.
 PyObject* attribute(PyObject* self, PyObject* name) {
     PyObject* const found = PyObject_GenericGetAttr(self, name);
     if (found != nullptr || PyErr_ExceptionMatches(PyExc_AttributeError) == 0) return found;
+    py::error_already_set error;
     ElementClass const* const entry = Types::get().find(Py_TYPE(self));
-    py::error_already_set const original;
-    // What a property itself reports passes on; only a missing name is told anew.
-    if (entry == nullptr || !original.matches(PyExc_AttributeError) ||
-        original.type().ptr() != PyExc_AttributeError) {
-        const_cast<py::error_already_set&>(original).restore();
+    if (entry == nullptr || error.type().ptr() != PyExc_AttributeError) {
+        error.restore();
         return nullptr;
     }
     return guarded([&]() -> PyObject* {

@@ -1,9 +1,10 @@
-"""Runs a test on a sanitized build: fails for what the sanitizers report, and for what the extension or the library lost.
+"""Runs a test on a sanitized build. Fails for what the sanitizers report and for what the extension or the library
+lost.
 
     leaks.py TEST       ZELKOR_PRELOAD names the libraries that must come first in the process
 
-Python itself ends without giving everything back. Leaks without a frame of ours are its own, and those in `leaks.supp` are what
-it makes on the way through one.
+Python itself ends without giving everything back. Leaks without a frame of ours are its own, and those in
+`leaks.supp` are what it makes on the way through one.
 """
 
 import os

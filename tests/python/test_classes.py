@@ -18,7 +18,7 @@ PACKAGE = pathlib.Path(zelkor.__file__).parent
 
 def snake(name):
     """The documented rule, written once more."""
-    return re.sub(r"([a-z0-9])([A-Z])|([A-Z])([A-Z][a-z])", r"\1\3_\2\4", re.sub(r"([A-Z])([A-Z][a-z])", r"\1_\2", name)).lower()
+    return re.sub(r"(?<=[a-z0-9])(?=[A-Z])|(?<=[A-Z])(?=[A-Z][a-z])", "_", name).lower()
 
 
 class DescriptionTest(unittest.TestCase):
@@ -131,8 +131,9 @@ class PropertyTest(unittest.TestCase):
                     bad += OUTSIDE.get(prop.type.name, ["nonsense", 12345])
                 before = model.dumps()
                 for value in bad:
-                    with self.subTest(f"{described.name}.{prop.name} = {value!r}"), self.assertRaises(zelkor.Error) as found:
-                        setattr(element, name, value)
+                    with self.subTest(f"{described.name}.{prop.name} = {value!r}"):
+                        with self.assertRaises(zelkor.Error) as found:
+                            setattr(element, name, value)
                     self.assertTrue(found.exception.catalogue and found.exception.id)
                 self.assertEqual(model.dumps(), before)
                 with self.assertRaises(errors.NotDeletable):
@@ -226,7 +227,8 @@ class StubTest(unittest.TestCase):
         for catalogue, name in messages():
             error = errors.make(catalogue, name, "text", (1,))
             self.assertIs(type(error), getattr(errors, name))
-            self.assertEqual((str(error).strip("'"), error.catalogue, error.id, error.arguments), ("text", catalogue, name, (1,)))
+            self.assertEqual((str(error).strip("'"), error.catalogue, error.id, error.arguments),
+                             ("text", catalogue, name, (1,)))
 
 
 if __name__ == "__main__":

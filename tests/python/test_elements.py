@@ -45,8 +45,9 @@ class BuildTest(ElementTest):
         there = Variable(self.model, name="there")
         before = self.model.dumps()
         inner = Variable(name="inner")
-        for values in ({"params": [inner, there, 5]}, {"params": [inner], "name": 5}, {"params": [inner], "scope": there},
-                       {"params": [inner], "linkage": "Nowhere"}, {"params": [inner], "is_template": True}):
+        for wrong in ({"params": [inner, there, 5]}, {"name": 5}, {"scope": there}, {"linkage": "Nowhere"},
+                      {"is_template": True}):
+            values = {"params": [inner]} | wrong
             with self.subTest(values=values), self.assertRaises(zelkor.Error):
                 Function(self.model, **values)
             self.assertEqual(self.model.dumps(), before)

@@ -37,13 +37,15 @@ class ExampleTest(unittest.TestCase):
             subprocess.run([os.environ["ZELKOR"], "import", "-q", "-p", cls.folder, "-o", model, *options], check=True)
 
     def run_example(self, name, *arguments):
-        done = subprocess.run([sys.executable, EXAMPLES / name, *arguments], capture_output=True, text=True, check=False)
+        command = [sys.executable, EXAMPLES / name, *arguments]
+        done = subprocess.run(command, capture_output=True, text=True, check=False)
         return done.returncode, [re.sub(r"^\S*/", "", line) for line in done.stdout.splitlines()], done.stderr
 
     def test_unused_functions(self):
         status, lines, errors = self.run_example("unused_functions.py", self.model)
         self.assertEqual((status, lines, errors),
-                         (0, ["main.cpp:18: int forgotten(void)", "shapes.cpp:13: virtual int shapes::Body::weight(void)",
+                         (0, ["main.cpp:18: int forgotten(void)",
+                              "shapes.cpp:13: virtual int shapes::Body::weight(void)",
                               "shapes.cpp:22: int shapes::unused(int value)"], ""))
 
     def test_who_writes(self):
@@ -62,7 +64,8 @@ class ExampleTest(unittest.TestCase):
 
     def test_no_virtual_destructor(self):
         status, lines, errors = self.run_example("no_virtual_destructor.py", self.model)
-        self.assertEqual((status, lines, errors), (0, ["shapes.hpp:6: shapes::Shape", "shapes.hpp:12: shapes::Square"], ""))
+        self.assertEqual((status, lines, errors),
+                         (0, ["shapes.hpp:6: shapes::Shape", "shapes.hpp:12: shapes::Square"], ""))
 
     def test_include_weight(self):
         status, lines, errors = self.run_example("include_weight.py", self.model, "5")
@@ -103,15 +106,14 @@ class PageTest(unittest.TestCase):
         scripts = sorted(EXAMPLES.glob("*.py"))
         self.assertEqual(len(scripts), 5)
         with tempfile.TemporaryDirectory() as cache:
-            done = subprocess.run(
-                [sys.executable, "-m", "mypy", "--strict", "--cache-dir", cache, *scripts], capture_output=True, text=True,
-                check=False, env=os.environ | {"MYPYPATH": str(package.parent)})
+            check = [sys.executable, "-m", "mypy", "--strict", "--cache-dir", cache]
+            options = {"capture_output": True, "text": True, "env": os.environ | {"MYPYPATH": str(package.parent)}}
+            done = subprocess.run([*check, *scripts], check=False, **options)
             self.assertEqual((done.returncode, done.stdout), (0, "Success: no issues found in 5 source files\n"))
             wrong = pathlib.Path(cache, "wrong.py")
             wrong.write_text("from zelkor.ast import Function\nimport zelkor\nf = Function(zelkor.Model(), name='f')\n"
                              "f.params.append(f)\nf.name = 5\nf.nme\nFunction(params=5)\n")
-            done = subprocess.run([sys.executable, "-m", "mypy", "--strict", "--cache-dir", cache, wrong],
-                                  capture_output=True, text=True, check=False, env=os.environ | {"MYPYPATH": str(package.parent)})
+            done = subprocess.run([*check, wrong], check=False, **options)
             self.assertIn("Found 4 errors", done.stdout)
 
 

@@ -50,7 +50,8 @@ class FileTest(unittest.TestCase):
         os.close(read)
 
     def test_failures_say_where(self):
-        (self.folder / "bad").write_text('{"format":"zelkor-ast",\n "version":"1.0","elements":[\n{"class":"Functon"}]}')
+        text = '{"format":"zelkor-ast",\n "version":"1.0","elements":[\n{"class":"Functon"}]}'
+        (self.folder / "bad").write_text(text)
         with self.assertRaises(zelkor.ParseError) as found:
             zelkor.load(self.folder / "bad")
         error = found.exception
@@ -58,7 +59,8 @@ class FileTest(unittest.TestCase):
         self.assertIn("Functon", str(error))
         for wrong, kind in (
             (lambda: zelkor.load(self.folder / "none"), OSError), (lambda: zelkor.load(self.folder), zelkor.FileError),
-            (lambda: zelkor.load(5), TypeError), (lambda: zelkor.load("a\0b"), OSError), (lambda: zelkor.load(""), OSError),
+            (lambda: zelkor.load(5), TypeError), (lambda: zelkor.load("a\0b"), OSError),
+            (lambda: zelkor.load(""), OSError),
             (lambda: zelkor.load("a\ud800b"), OSError), (lambda: zelkor.loads(b""), ValueError),
             (lambda: zelkor.loads(b"\xff\xff"), zelkor.ParseError), (lambda: zelkor.loads(5), TypeError),
             (lambda: self.model.save(self.folder / "none" / "x"), zelkor.FileError),

@@ -19,7 +19,8 @@ def things():
     function = Function(model, name="f", params=[Variable(name="a")], comments=["text"])
     unit = CompilationUnit(symbols=[function])
     project = Project(model, compilations=[unit], files=[SourceFile(path="a.h")])
-    query = model.query(Function).where(Function.name == "f", Function.params.any(Variable.owning_fun_prototype == function))
+    own = Function.params.any(Variable.owning_fun_prototype == function)
+    query = model.query(Function).where(Function.name == "f", own)
     level = model.transaction()
     return {
         "model": model, "element": function, "list": function.params, "texts": function.comments, "view": unit.funs,
@@ -140,8 +141,8 @@ class LifetimeTest(unittest.TestCase):
         )
         for name in ("model", "element", "list", "query", "ast"):
             with self.subTest(name):
-                done = subprocess.run([sys.executable, "-c", script.format(path=sys.path, name=name)], capture_output=True,
-                                      text=True, check=False)
+                command = [sys.executable, "-c", script.format(path=sys.path, name=name)]
+                done = subprocess.run(command, capture_output=True, text=True, check=False)
                 self.assertEqual((done.returncode, done.stderr), (0, ""))
 
 

@@ -35,8 +35,8 @@ def _find(
 ) -> list[_Element]:
     """The symbols and namespaces that fit all that is given, each in the order of the model.
 
-    `name` is the simple name, `qualified` the whole one, `signature` the declaration in one line, `regex` a pattern that
-    is found anywhere in the qualified name, `file` the last parts of the path of a file that declares the symbol.
+    `name` is the simple name, `qualified` the whole one, `signature` the declaration in one line, `regex` a pattern
+    that is found anywhere in the qualified name, `file` the last parts of the path of a file that declares the symbol.
     """
     found: list[_Element] = _core.find(self, type, name, qualified, signature, regex, file, False)
     return found
