@@ -103,6 +103,42 @@ TEST_F(Import, OneBadUnitDoesNotStopTheRest) {
     EXPECT_TRUE(findSymbol(imported.project(), "origin"));
 }
 
+TEST_F(Import, InsightIsAsMuchAsIsAskedFor) {
+    std::filesystem::path const path = database({commandFor("uses.cpp"), commandFor("uses.c", "-std=gnu11")});
+    for (Insight const level : {Insight::None, Insight::Direct, Insight::Transitive}) {
+        za::Ast ast;
+        ImportOptions options;
+        options.database = path.string();
+        options.jobs = 1;
+        options.insight = level;
+        ImportResult result = importProject(ast, options);
+        bool const isWanted = level != Insight::None;
+        auto& created = result.created;
+        // One record for each; parameters of stubs have none.
+        EXPECT_EQ(created["codeinsight.CodeInsight"], isWanted ? 2U : 0U);
+        EXPECT_EQ(created["codeinsight.FunctionInfo"],
+                  isWanted ? created["Function"] + created["types.Method"] : 0U);
+        EXPECT_EQ(created["codeinsight.MacroInfo"], isWanted ? created["Macro"] : 0U);
+        EXPECT_EQ(created["codeinsight.VariableInfo"] > created["types.Member"], isWanted);
+        std::size_t direct = 0;
+        std::size_t reached = 0;
+        za::Project const project = za::Project::cast(ast.getModel().getTopLevelElements().front());
+        for (za::source::CompilationUnit const unit : project.getCompilations()) {
+            for (za::Annotation const annotation : unit.getAnnotations()) {
+                auto const insight = za::codeinsight::CodeInsight::cast(annotation);
+                if (!insight) continue;
+                for (auto const record : insight.getFunctions()) {
+                    direct += record.getCalledFuns().size();
+                    reached += record.getTransitiveCalledFuns().size();
+                }
+            }
+        }
+        EXPECT_EQ(direct > 0, isWanted);
+        EXPECT_EQ(reached > direct, level == Insight::Transitive);
+        EXPECT_FALSE(ast.getModel().verify().has_value());
+    }
+}
+
 TEST_F(Import, CancellingLeavesTheModelAsItWas) {
     std::filesystem::path const path = wholeProject();
     for (std::size_t after : {0U, 1U, 2U}) {

@@ -72,25 +72,6 @@ TEST(Merge, TheDefinitionDecidesWhereAnEntityStands) {
     }
 }
 
-TEST(Merge, TheFirstDefinitionWinsAndTheOtherIsReported) {
-    TemporaryDirectory const directory;
-    std::filesystem::copy(fixtures() / "variant.cpp", directory.path() / "a.cpp");
-    std::filesystem::copy(fixtures() / "variant.cpp", directory.path() / "b.cpp");
-    ProjectFacts facts;
-    facts.add(parse("a.cpp", {}, directory.path()));
-    facts.add(parse("b.cpp", {"-DWITH_EXTRA"}, directory.path()));
-    ASSERT_EQ(facts.variants().size(), 2U);
-    EXPECT_EQ(facts.variants()[0].name, "Configured");
-    EXPECT_EQ(facts.variants()[0].reason, "other members");
-    EXPECT_EQ(facts.variants()[1].name, "program");
-    EXPECT_EQ(facts.file(facts.variants()[1].kept.file)->path, "a.cpp");
-    EXPECT_EQ(facts.file(facts.variants()[1].dropped.file)->path, "b.cpp");
-    EXPECT_EQ(countMerged(facts, EntityKind::Member, "extra"), 0U) << "a member of the definition that lost";
-    EXPECT_EQ(countMerged(facts, EntityKind::Member, "always"), 1U);
-    EXPECT_EQ(countMerged(facts, EntityKind::Variable, "onlyHere"), 1U)
-        << "a local of the definition that lost";
-}
-
 TEST(Merge, HeadersUnderDifferentMacrosAreVariants) {
     TemporaryDirectory const directory;
     directory.write(
@@ -106,6 +87,8 @@ TEST(Merge, HeadersUnderDifferentMacrosAreVariants) {
         reasons[variant.name] = variant.reason;
     EXPECT_EQ(reasons, (std::map<std::string, std::string>{
                            {"S", "other members"}, {"f", "another body"}, {"E", "other enumerators"}}));
+    EXPECT_EQ(facts.file(facts.variants()[0].kept.file)->path, "h.h");
+    EXPECT_EQ(facts.variants()[0].dropped, facts.variants()[0].kept);
     EXPECT_EQ(countMerged(facts, EntityKind::Member, "x") + countMerged(facts, EntityKind::Variable, "l"),
               0U);
 }

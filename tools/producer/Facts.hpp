@@ -303,6 +303,12 @@ struct Entity {
     }
 };
 
+// Of C, which lets such a definition stand beside others, and counts it where there is no real one.
+inline bool isTentative(Entity const& entity) {
+    VariableFacts const* const variable = entity.as<VariableFacts>();
+    return entity.isDefined && variable && variable->isTentative;
+}
+
 struct MacroFact {
     Id id{};
     std::string name;

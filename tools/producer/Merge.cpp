@@ -1,5 +1,7 @@
 #include "Merge.hpp"
 
+#include "Programs.hpp"
+
 #include <algorithm>
 #include <iterator>
 
@@ -107,11 +109,6 @@ void shareAll(Entity& to, Entity&& from) {
     }
 }
 
-bool isTentative(Entity const& entity) {
-    VariableFacts const* const variable = entity.as<VariableFacts>();
-    return entity.isDefined && variable && variable->isTentative;
-}
-
 // Beside another definition a tentative one is a declaration.
 void demote(Entity& entity) {
     entity.declarations.insert(entity.declarations.begin(), *entity.definition);
@@ -153,6 +150,7 @@ void ProjectFacts::add(UnitFacts&& unit) {
     } else if (!(target_ == unit.target)) {
         hasMixedTargets_ = true;
     }
+    keepApart(unit);
     for (FileFact& file : unit.files) {
         merged.files.push_back(file.id);
         addFile(std::move(file));
@@ -166,6 +164,17 @@ void ProjectFacts::add(UnitFacts&& unit) {
         if (typeTable_.insert(type.id).second) types_.push_back({std::move(type), number});
     }
     addUses(unit);
+}
+
+// Definitions of other programs become entities of their own before anything is folded.
+void ProjectFacts::keepApart(UnitFacts& unit) {
+    if (!unit.files.empty()) mainFiles_.insert(unit.files.front().id);
+    auto const known = [this](Id const& id) -> Entity const* {
+        auto const found = entityTable_.find(id);
+        return found == entityTable_.end() ? nullptr : &found->second->facts;
+    };
+    Renaming const renaming = findRivals(unit, known, mainFiles_);
+    if (!renaming.empty()) rename(unit, renaming);
 }
 
 // The first body wins, as the first definition does; what a lost definition uses is lost with it.

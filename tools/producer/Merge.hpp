@@ -62,6 +62,7 @@ class ProjectFacts {
     bool hasMixedTargets() const { return hasMixedTargets_; }
 
   private:
+    void keepApart(UnitFacts& unit);
     void addFile(FileFact&& file);
     void addMacro(MacroFact&& macro, std::size_t unit);
     void addEntity(Entity&& entity, std::size_t unit);
@@ -70,6 +71,7 @@ class ProjectFacts {
     void addUses(UnitFacts& unit);
 
     std::vector<MergedUnit> units_;
+    std::unordered_set<Id, IdHash> mainFiles_;
     TargetFacts target_;
     bool hasMixedTargets_ = false;
     std::deque<FileFact> files_;
