@@ -70,6 +70,34 @@ TEST(InsightMerge, OneBodyOfWhatManyUnitsSee) {
     EXPECT_FALSE(index.isUsed(UseKind::Call, project.ids["later"]));
 }
 
+TEST(InsightMerge, InstancesOfWhatHasNoNameOutsideStayApart) {
+    Project project;
+    project.add("h.hpp", "template <class F> int apply(F f) { return f(); }\n"
+                         "template <class T> struct Box { T held; int get() { return held.give(); } };\n");
+    std::string const text =
+        "#include \"h.hpp\"\nnamespace {\nstruct Giver { int give() { return G; } };\n"
+        "int run() { Box<Giver> box; return apply([] { return 1; }) + apply([] { return 2; }) + "
+        "box.get(); }\n}\nint F() { return run(); }\n";
+    project.add("a.cpp", text, {"-DF=a", "-DG=3"});
+    project.add("b.cpp", text, {"-DF=b", "-DG=4"});
+    project.index();
+    EXPECT_TRUE(project.facts.variants().empty());
+    UseIndex const index(project.facts.uses(), project.facts.overrides());
+    std::map<std::string, std::map<Id, int>> targets; // what the instances call, and how many of them
+    for (MergedEntity const* const merged : project.facts.entities()) {
+        std::string const& name = merged->facts.name;
+        if (merged->facts.isPrototype || (name != "apply" && name != "get")) continue;
+        for (Id const& called : index.of(merged->facts.id).of(UseKind::Call))
+            ++targets[name][called];
+    }
+    EXPECT_EQ(targets["apply"].size(), 4U) << "two closures in each unit";
+    EXPECT_EQ(targets["get"].size(), 2U);
+    for (auto const& [name, called] : targets) {
+        for (auto const& [id, count] : called)
+            EXPECT_EQ(count, 1) << name;
+    }
+}
+
 TEST(InsightMerge, MacrosAreUsedOncePerPlace) {
     Project project;
     project.add("h.h", "#define ONE 1\ninline int one() { return ONE; }\n");

@@ -50,7 +50,35 @@ bool endsInRequires(std::string_view text) {
     return text.empty() || !isWordByte(text.back());
 }
 
+// What an argument of a template is made of: pointers and the like taken off.
+CXCursor declarationOfArgument(CXType type) {
+    for (;;) {
+        CXType inner = clang_getPointeeType(type);
+        if (inner.kind == CXType_Invalid) inner = clang_getArrayElementType(type);
+        if (inner.kind == CXType_Invalid) return clang_getTypeDeclaration(clang_getCanonicalType(type));
+        type = inner;
+    }
+}
+
 } // namespace
+
+// The unified id of an instance names its arguments, but neither the file of what is internal to one nor
+// which of the closures of a function is meant.
+std::string DeclarationReader::localArgumentsOf(CXCursor cursor) {
+    std::string arguments;
+    int const count = clang_Cursor_getNumTemplateArguments(cursor);
+    for (int i = 0; i < count; ++i) {
+        unsigned const index = static_cast<unsigned>(i);
+        if (clang_Cursor_getTemplateArgumentKind(cursor, index) != CXTemplateArgumentKind_Type) continue;
+        CXCursor const argument = declarationOfArgument(clang_Cursor_getTemplateArgumentType(cursor, index));
+        CXCursorKind const kind = clang_getCursorKind(argument);
+        if (clang_isInvalid(kind) || kind == CXCursor_NoDeclFound) continue;
+        CXLinkageKind const linkage = clang_getCursorLinkage(argument);
+        if (isNameless(argument) || linkage == CXLinkage_NoLinkage || linkage == CXLinkage_Internal)
+            arguments.append("|").append(boost::uuids::to_string(identityOf(argument)));
+    }
+    return arguments;
+}
 
 // Overloads may differ in nothing but these, which the unified id leaves out.
 std::string DeclarationReader::constraintsOf(CXCursor cursor) {
@@ -90,8 +118,8 @@ std::string DeclarationReader::keyOf(CXCursor cursor) {
     std::string usr = toText(clang_getCursorUSR(canonical));
     CXCursor const scope = clang_getCursorSemanticParent(canonical);
     // The front end gives equal ids to all nameless things of a scope, and to equal names inside them.
-    std::string const outer =
-        isNameless(scope) || isNameless(canonical) ? boost::uuids::to_string(ownerKeyOf(scope)) + '|' : "";
+    bool const isIn = isNameless(scope) || isNameless(canonical) || !localArgumentsOf(scope).empty();
+    std::string const outer = isIn ? boost::uuids::to_string(ownerKeyOf(scope)) + '|' : "";
     if (isNameless(canonical) || usr.empty() || usr == "c:") {
         // Where it begins; for what has no name the location itself is not the same in C and in C++.
         auto const position = sources_.position(clang_getRangeStart(clang_getCursorExtent(canonical)));
@@ -99,6 +127,7 @@ std::string DeclarationReader::keyOf(CXCursor cursor) {
                (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
                '|' + toText(clang_getCursorKindSpelling(clang_getCursorKind(canonical)));
     }
+    usr += localArgumentsOf(canonical);
     if (!outer.empty()) return outer + usr;
     bool const isLocalToFile = !usr.starts_with("c:@") || clang_Cursor_isAnonymous(canonical) ||
                                clang_getCursorLinkage(canonical) == CXLinkage_Internal;

@@ -47,6 +47,7 @@ class DeclarationReader {
     Entity& entity(Id const& id) { return *table_.at(id); }
     Id identityOf(CXCursor cursor);
     std::string keyOf(CXCursor cursor);
+    std::string localArgumentsOf(CXCursor cursor);
     std::string constraintsOf(CXCursor cursor);
     Id ownerKeyOf(CXCursor scope);
     Id ownerOf(CXCursor cursor);
