@@ -4,11 +4,9 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh
-echo "== building (the first time takes a few minutes)"
-cmake --preset release >/dev/null
-cmake --build --preset release --target zelkor >/dev/null
-zelkor=build/release/tools/command/zelkor
+echo "== building (the first time takes two minutes)"
+scripts/build.sh install zelkor
+zelkor=build/install/tools/command/zelkor
 out=build/demo
 mkdir -p "$out"
 

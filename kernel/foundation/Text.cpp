@@ -26,7 +26,7 @@ bool isAscii(char16_t unit) noexcept {
 }
 
 #if defined(__SSE2__)
-__m128i load(void const* from) noexcept {
+__m128i loadUnits(void const* from) noexcept {
     return _mm_loadu_si128(static_cast<__m128i const*>(from));
 }
 #endif
@@ -37,7 +37,7 @@ std::size_t copyAscii(char16_t const* from, std::size_t size, char* to) noexcept
 #if defined(__SSE2__)
     __m128i const beyond = _mm_set1_epi16(short(0xff80));
     for (; i + 8 <= size; i += 8) {
-        __m128i const units = load(from + i);
+        __m128i const units = loadUnits(from + i);
         if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(units, beyond), _mm_setzero_si128())) != 0xffff)
             break;
         _mm_storel_epi64(reinterpret_cast<__m128i*>(to + i), _mm_packus_epi16(units, units));
@@ -67,7 +67,7 @@ std::size_t skipAscii(char const* from, std::size_t size) noexcept {
     std::size_t i = 0;
 #if defined(__SSE2__)
     for (; i + 16 <= size; i += 16)
-        if (_mm_movemask_epi8(load(from + i)) != 0) return i;
+        if (_mm_movemask_epi8(loadUnits(from + i)) != 0) return i;
 #endif
     while (i < size && isAscii(from[i]))
         ++i;
@@ -81,7 +81,8 @@ std::size_t skipWithoutSurrogates(char16_t const* from, std::size_t size) noexce
     __m128i const kind = _mm_set1_epi16(short(0xf800));
     __m128i const surrogate = _mm_set1_epi16(short(0xd800));
     for (; i + 8 <= size; i += 8)
-        if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(load(from + i), kind), surrogate)) != 0) return i;
+        if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(loadUnits(from + i), kind), surrogate)) != 0)
+            return i;
 #endif
     while (i < size && (from[i] & 0xf800) != 0xd800)
         ++i;

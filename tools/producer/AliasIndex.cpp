@@ -24,7 +24,8 @@ bool isTransparent(CXCursor space) {
     return clang_Cursor_isInlineNamespace(space) != 0 || nameOf(space).empty();
 }
 
-std::string qualifiedName(CXCursor declaration) {
+// In full, without the scopes that nobody writes.
+std::string writableName(CXCursor declaration) {
     std::string name = nameOf(declaration);
     for (CXCursor scope = scopeOf(declaration); !clang_isInvalid(clang_getCursorKind(scope));
          scope = scopeOf(scope)) {
@@ -75,7 +76,7 @@ CXCursor AliasIndex::findTypedef(std::vector<Entry> const& entries, CXType type,
     for (Entry const& entry : entries) {
         CXType const aliased = clang_getCanonicalType(clang_getCursorType(entry.declaration));
         if (!clang_equalTypes(aliased, clang_getCanonicalType(type))) continue;
-        if (qualifiedName(entry.declaration) == name) return entry.declaration;
+        if (writableName(entry.declaration) == name) return entry.declaration;
         if (clang_Cursor_isNull(found)) found = entry.declaration;
     }
     return found;
@@ -89,7 +90,7 @@ CXCursor AliasIndex::findTemplate(std::vector<Entry> const& entries, CXType type
                                       : clang_getNullCursor();
     // A class and an alias of it may share a name, and then only qualifiers tell them apart.
     bool const sharesName = isRecord && nameOf(record) == lastPart(written);
-    if (sharesName && isWrittenAs(qualifiedName(record), written)) return clang_getNullCursor();
+    if (sharesName && isWrittenAs(writableName(record), written)) return clang_getNullCursor();
     CXCursor found = clang_getNullCursor();
     for (Entry const& entry : entries) {
         if (clang_getCursorKind(entry.declaration) != CXCursor_TypeAliasTemplateDecl) continue;
