@@ -51,6 +51,12 @@ TEST(Command, DatabaseIsReadInOrderFromDirectoryOrFile) {
                   commands[0].arguments.end());
         EXPECT_EQ(commands[1].file, "/p/src/sub/a.c");
         EXPECT_EQ(commonDirectory(commands), "/p/src");
+        std::vector<CompileCommand> more = commands;
+        more.insert(more.begin(), more[0]);
+        more[0].file = "/usr/src/framework/all.cc";
+        EXPECT_EQ(commonDirectory(more), "/p/src");
+        more.resize(1);
+        EXPECT_EQ(commonDirectory(more), "/usr/src/framework");
     }
 }
 

@@ -132,6 +132,7 @@ TEST_F(DeclarationFacts, VariablesAndConstants) {
         {true, "variable", "array[-1](int)", nullptr, None, Linkage::None},
         {true, "wave", "_Complex(double)", nullptr, None, Linkage::C},
         {true, "shared", "_Atomic(int)", nullptr, None, Linkage::C},
+        {true, "here", "array[8](const(char))", "string plain.c", None, Linkage::C},
     };
     for (Row const& row : rows) {
         UnitFacts const& facts = unit(row.isC);

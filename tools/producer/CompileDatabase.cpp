@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -235,16 +236,22 @@ std::vector<CompileCommand> takeForeignCommands(std::vector<CompileCommand>& com
 }
 
 std::string commonDirectory(std::vector<CompileCommand> const& commands) {
-    fs::path common = fs::path(commands.front().file).parent_path();
+    // Sources of installed packages that a project compiles along, such as a test framework's, lie far from
+    // its own.
+    auto const isInstalled = [](CompileCommand const& command) { return command.file.starts_with("/usr/"); };
+    bool const leavesOut = !std::all_of(commands.begin(), commands.end(), isInstalled);
+    std::optional<fs::path> common;
     for (CompileCommand const& command : commands) {
+        if (leavesOut && isInstalled(command)) continue;
         fs::path const directory = fs::path(command.file).parent_path();
-        auto const parts = std::mismatch(common.begin(), common.end(), directory.begin(), directory.end());
+        if (!common) common = directory;
+        auto const parts = std::mismatch(common->begin(), common->end(), directory.begin(), directory.end());
         fs::path shared;
-        for (auto part = common.begin(); part != parts.first; ++part)
+        for (auto part = common->begin(); part != parts.first; ++part)
             shared /= *part;
         common = shared;
     }
-    return common.string();
+    return common->string();
 }
 
 } // namespace zelkor::producer

@@ -23,7 +23,8 @@ std::vector<std::string> cleanArguments(std::vector<std::string> const& argument
 // them.
 std::vector<CompileCommand> takeForeignCommands(std::vector<CompileCommand>& commands);
 
-// The deepest directory that holds the main files of all commands.
+// The deepest directory that holds the main files of all commands, but those below /usr when there are
+// others.
 std::string commonDirectory(std::vector<CompileCommand> const& commands);
 
 } // namespace zelkor::producer

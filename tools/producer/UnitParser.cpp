@@ -22,8 +22,10 @@ constexpr unsigned parseOptions = CXTranslationUnit_DetailedPreprocessingRecord 
                                   CXTranslationUnit_KeepGoing | CXTranslationUnit_IncludeAttributedTypes;
 
 std::vector<std::string> frontEndArguments(CompileCommand const& command, ParserSettings const& settings,
-                                           std::vector<std::string> arguments) {
+                                           ProjectPaths const& paths, std::vector<std::string> arguments) {
     std::vector<std::string> own = settings.extraArguments;
+    // Else `__FILE__` would tell each string on which machine it was read.
+    if (paths.root() != "/") own.push_back("-fmacro-prefix-map=" + paths.root() + "/=");
     own.insert(own.end(),
                {"-resource-dir", settings.resourceDirectory, "-working-directory", command.directory,
                 "-ferror-limit=0", "-fparse-all-comments", "-Wno-unknown-warning-option",
@@ -191,7 +193,7 @@ Digest commandDigest(CompileCommand const& command, ParserSettings const& settin
     add(command.file);
     add(settings.wantsUses ? "uses" : "");
     for (std::string const& argument :
-         frontEndArguments(command, settings, cleanArguments(command.arguments)))
+         frontEndArguments(command, settings, paths, cleanArguments(command.arguments)))
         add(argument);
     // What the front end reads from the environment.
     for (char const* const name :
@@ -217,13 +219,13 @@ UnitFacts parseUnit(CompileCommand const& command, ParserSettings const& setting
     }
     ClangIndex const index(clang_createIndex(0, 0));
     std::vector<std::string> const arguments = cleanArguments(command.arguments);
-    Parsed parsed = parse(index.get(), frontEndArguments(command, settings, arguments));
+    Parsed parsed = parse(index.get(), frontEndArguments(command, settings, paths, arguments));
     for (std::string_view const prefix : suspects) {
         if (parsed.unit || parsed.result == CXError_Crashed) break;
         std::vector<std::string> fewer = arguments;
         facts.rejectedOptions = takeSuspects(fewer, prefix);
         if (!facts.rejectedOptions.empty())
-            parsed = parse(index.get(), frontEndArguments(command, settings, fewer));
+            parsed = parse(index.get(), frontEndArguments(command, settings, paths, fewer));
     }
     if (!parsed.unit) {
         facts.rejectedOptions.clear();
