@@ -82,6 +82,8 @@ TEST(Merge, HeadersUnderDifferentMacrosAreVariants) {
     ProjectFacts facts;
     facts.add(parse("a.cpp", {}, directory.path()));
     facts.add(parse("b.cpp", {}, directory.path()));
+    facts.add(parse("b.cpp", {}, directory.path()));
+    EXPECT_EQ(facts.variants().size(), 3U) << "each once, however many units see it";
     std::map<std::string, std::string> reasons;
     for (Variant const& variant : facts.variants())
         reasons[variant.name] = variant.reason;

@@ -270,8 +270,11 @@ void ProjectFacts::addEntity(Entity&& entity, std::size_t unit) {
     }
     if (reason.empty()) return;
     lose(entity);
-    variants_.push_back({known.facts.name, known.facts.definition.value_or(Position{}),
-                         place.value_or(Position{}), std::move(reason)});
+    Position const dropped = place.value_or(Position{});
+    // Once for all units that see it.
+    if (!knownVariants_.emplace(id, dropped.file, dropped.line, dropped.column).second) return;
+    variants_.push_back(
+        {known.facts.name, known.facts.definition.value_or(Position{}), dropped, std::move(reason)});
 }
 
 std::vector<MergedEntity*> ProjectFacts::entities() {

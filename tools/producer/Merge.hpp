@@ -85,6 +85,7 @@ class ProjectFacts {
     std::deque<MergedType> types_;
     std::unordered_set<Id, IdHash> typeTable_;
     std::vector<Variant> variants_;
+    std::set<std::tuple<Id, Id, unsigned, unsigned>> knownVariants_; // entity, file, line, column
     std::deque<UseFacts> uses_;
     std::unordered_map<Id, std::size_t, IdHash> users_; // their places in the list before
     std::vector<OverrideFact> overrides_;
