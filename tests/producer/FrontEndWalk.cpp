@@ -53,11 +53,14 @@ std::string kindOf(za::Symbol const& symbol) {
     return za::Template::cast(symbol) ? "template" : "";
 }
 
-za::types::AggregateType aggregateAround(za::Symbol const& symbol) {
+// The aggregate or the function that it stands in.
+za::Symbol symbolAround(za::Symbol const& symbol) {
     if (auto const member = za::types::Member::cast(symbol)) return member.getAggregate();
     if (auto const method = za::types::Method::cast(symbol)) return method.getOwningAggregate();
     za::Scope const scope = symbol.getOwningScope();
-    return scope ? scope.getOwningAggregate() : za::types::AggregateType();
+    if (!scope) return {};
+    if (za::types::AggregateType const aggregate = scope.getOwningAggregate()) return aggregate;
+    return scope.getOwningFun();
 }
 
 // Instantiations and what is in them, implicit members, closures, and members that stand for anonymous unions
@@ -71,7 +74,7 @@ bool isMade(za::Symbol const& symbol) {
         function && (function.getIsCompilerGenerated() || function.getName() == "operator()");
     bool const isNameless = symbol.getName().empty() && (aggregate || za::types::Member::cast(symbol));
     if (isInstance || isImplicit || isNameless) return true;
-    za::types::AggregateType const around = aggregateAround(symbol);
+    za::Symbol const around = symbolAround(symbol);
     return around && isMade(around);
 }
 

@@ -26,9 +26,11 @@ CXType innermost(CXType type) {
     }
 }
 
-// Such a declaration has no element of its own: that of the pattern stands for it. Closures go by their
-// place, which they share with those of the pattern.
+// Classes with their functions and fields are those of the instantiation, as closures are. Of the rest that
+// of the pattern stands for it.
 bool isLocalToInstance(CXCursor declaration) {
+    CXCursorKind const kind = clang_getCursorKind(declaration);
+    if (isRecordCursor(kind) || isFunctionCursor(kind) || kind == CXCursor_FieldDecl) return false;
     for (CXCursor scope = clang_getCursorSemanticParent(declaration); !isLambda(scope);
          scope = clang_getCursorSemanticParent(scope)) {
         bool const isFunction = isFunctionCursor(clang_getCursorKind(scope));
@@ -36,23 +38,6 @@ bool isLocalToInstance(CXCursor declaration) {
         if (!isFunction && !isRecordCursor(clang_getCursorKind(scope))) return false;
     }
     return false;
-}
-
-// The front end tells it of classes and functions, and fields follow from their class.
-CXCursor patternOfLocal(CXCursor declaration) {
-    if (clang_getCursorKind(declaration) != CXCursor_FieldDecl)
-        return clang_getSpecializedCursorTemplate(declaration);
-    CXCursor const record = clang_getSpecializedCursorTemplate(clang_getCursorSemanticParent(declaration));
-    CXCursor found = clang_getNullCursor();
-    if (isNull(record)) return found;
-    std::string const name = nameOf(declaration);
-    visitChildren(record, [&](CXCursor child) {
-        if (clang_getCursorKind(child) != CXCursor_FieldDecl || nameOf(child) != name)
-            return CXChildVisit_Continue;
-        found = child;
-        return CXChildVisit_Break;
-    });
-    return found;
 }
 
 // Its life ends with the block, unlike that of what it refers to.
@@ -351,7 +336,7 @@ void BodyReader::call(Id const& owner, CXCursor function) {
 
 Id BodyReader::refer(CXCursor declaration) {
     if (!isLocalToInstance(declaration)) return declarations_.refer(declaration);
-    CXCursor const pattern = patternOfLocal(declaration);
+    CXCursor const pattern = clang_getSpecializedCursorTemplate(declaration);
     return isNull(pattern) ? Id{} : declarations_.refer(pattern);
 }
 
