@@ -83,7 +83,7 @@ class StructureTest(CommandTest):
             (["refs", "printf"], ["printf(void) is referred to by", "src/a.cpp:4:6: Function helper(int p0) [CalledFuns]"]),
             (["refs", "run"], ["run(int p0) is referred to by"]
                 + [f"src/a.cpp:{line}:6: Function {text} [CalledFuns]" for line, text in ((2, "main(void)"), (3, "run(int p0)"))]),
-            (["refs", "limit"], ["int limit is referred to by", "src/a.cpp:9:6: Function late(void) [Annotations.PointsTo]"]),
+            (["refs", "limit"], ["limit is referred to by", "src/a.cpp:9:6: Function late(void) [Annotations.PointsTo]"]),
             (["refs", "lonely"], None),
         ):
             with self.subTest(words=words):
