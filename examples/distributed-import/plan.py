@@ -20,7 +20,7 @@ rule unit
   restat = 1
   description = import $unit
 rule merge
-  command = {zelkor} merge units -p {database} -o $out {root}
+  command = {zelkor} merge units -p {database} -o $out {merged}
   description = merge
 """
 
@@ -33,12 +33,24 @@ def unit_file(unit):
     return os.path.join("units", unit.replace("../", "__/").lstrip("/") + ".zku")
 
 
+def options_of_merge(options):
+    """Those that decide what is in the model."""
+    taken = []
+    words = iter(options)
+    for word in words:
+        if word == "--root":
+            taken += [word, next(words, "")]
+        elif word.startswith("--root=") or word in ("--transitive", "--no-insight"):
+            taken.append(word)
+    return taken
+
+
 def plan(zelkor, database, options):
     command = [zelkor, "import", "-p", database, "--list-units", *options]
     units = subprocess.run(command, stdout=subprocess.PIPE, text=True, check=True).stdout.splitlines()
-    root = [option for option in options if option.startswith("--root=")]
     lines = [RULES.format(zelkor=escaped(shlex.quote(zelkor)), database=escaped(shlex.quote(database)),
-                          options=escaped(shlex.join(options)), root=escaped(shlex.join(root)))]
+                          options=escaped(shlex.join(options)),
+                          merged=escaped(shlex.join(options_of_merge(options))))]
     files = []
     for unit in units:
         files.append(escaped(unit_file(unit), " :"))

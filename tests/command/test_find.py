@@ -225,6 +225,7 @@ class FindTest(CommandTest):
             ([self.model, "--name", ""], "--name needs a text"),
             ([self.model, "--regex", "("], "--regex: "),
             ([self.model, "--limit", "many"], "needs a number"),
+            ([self.model, "Box"], "unexpected argument 'Box'; did you mean --name 'Box'?"),
             ([], "missing argument: FILE"),
             ([self.path("none.json")], "none.json"),
             ([broken], "broken.json:2:"),

@@ -35,6 +35,15 @@ double sum(double a, double b) { return a + b; }
 }
 int counted() { return count; }
 double choose() { return chosen(1, 2); }
+static double (*later)(double, double) = geo::sum;
+void set_later(double (*other)(double, double)) { later = other; }
+double choose_late() { return later(1, 2); }
+double through(double (*given)(double, double)) { return given(1, 2); }
+static void lonely() {}
+void (*kept)() = lonely;
+static int start() { return 4; }
+int again = start();
+double grow(double side) { return side + 1; }
 """,
     "main.cpp": """
 #include "shape.hpp"
@@ -66,12 +75,12 @@ class ImportTest(CommandTest):
 
     def test_answers(self):
         for words, names in (
-            (["callers", "geo::sum(double, double)"], ["choose", "geo::sum"]),
+            (["callers", "geo::sum(double, double)"], ["choose", "choose_late", "geo::sum"]),
             (["callers", "sum(const Shape&, const Shape&)"], ["main"]),
             (["callers", "geo::Shape::area"], ["geo::sum"]),
             (["callers", "geo::Square::area"], ["geo::sum"]),
             (["callers", "geo::Square::area", "--exact"], []),
-            (["callers", "start"], ["first"]),
+            (["callers", "start"], ["again", "first"]),
             (["callers", "Box::open"], ["main"]),
             (["callers", "log_text", "--exact"], ["geo::Shape::~Shape"]),
             (["callees", "counted"], []),
@@ -79,6 +88,8 @@ class ImportTest(CommandTest):
             (["reads", "count"], ["counted", "geo::Square::area"]),
             (["writes", "count", "--transitive"], ["geo::Square::area", "geo::sum", "main"]),
             (["writes", "geo::Square::side"], ["main"]),
+            (["writes", "side"], ["main"]),
+            (["list", "--in", "geo::sum(double, double)"], ["a", "b"]),
             (["reads", "choose"], ["chosen"]),
             (["list", "--file", "main.cpp", "-k", "Function"], ["main", "start"]),
         ):
@@ -88,6 +99,40 @@ class ImportTest(CommandTest):
                 rows = [row for row in json.loads(out)["results"] if row.get("relation") != "address"]
                 self.assertEqual(sorted({row["qualifiedName"] for row in rows}), names, err)
                 self.assertEqual(code, 0 if json.loads(out)["results"] else 1)
+
+    def ask(self, verb, *rest):
+        return self.run_command(verb, self.path("real.json"), *rest)
+
+    def test_what_pointers_hide(self):
+        hidden = "the model does not tell all that the pointer to functions given may hold; calls through it may be missing"
+        for words, said in (
+            (["callees", "through"], ["calls no function by name", hidden]),
+            (["callees", "choose"], []),
+            (["callees", "choose_late"], ["all that the pointer to functions later may hold"]),
+            (["reads", "through"], []),
+            (["reads", "through", "--transitive"], [hidden]),
+            (["path", "through", "lonely"], ["no calls lead from", hidden, "the address of void lonely(void) is taken"]),
+            (["path", "through", "counted"], ["no calls lead from", hidden]),
+        ):
+            with self.subTest(words=words):
+                _, _, err = self.ask(*words)
+                self.assertEqual(len(err.splitlines()), len(said), err)
+                for part in said:
+                    self.assertIn(part, err)
+
+    def test_equal_names_are_told_apart(self):
+        _, out, _ = self.ask("callers", "start")
+        places = re.findall(r"^int start\(void\) at (\S+) is called by$", out, re.MULTILINE)
+        self.assertEqual(sorted(place.split(":")[0] for place in places), ["main.cpp", "shape.cpp"])
+        code, out, err = self.ask("callers", "geo::Square")
+        self.assertEqual((code, out), (2, ""))
+        self.assertIn("has no callers; zelkor list FILE --in 'geo::Square' tells what is inside", err)
+
+    def test_predefined_macros_stay_out_of_the_way(self):
+        _, out, _ = self.ask("tree")
+        self.assertIn("Macro AREA", out)
+        self.assertNotIn("__cplusplus", out)
+        self.assertIn("__cplusplus", self.ask("tree", "--all")[1])
 
     def test_the_file_is_valid(self):
         code, out, err = self.run_command("validate", self.path("real.json"))

@@ -69,6 +69,12 @@ class InsightTest(CommandTest):
                 + ["Function printf(void)  [2 calls away, through helper; its body is not in the model]"],
                 ["without a body in the model: 1 function;"],
             ),
+            (
+                ["callees", "apply"],
+                0,
+                ["apply(void) calls", WORK],
+                ["apply(void) stands for a template; what depends on the parameters of that is told of its instantiations only"],
+            ),
             (["callees", "printf"], 1, [], ["the body of printf(void) is not in the model; what it calls is unknown"]),
             (["callees", "lonely"], 1, [], ["lonely(void) calls no function"]),
             (
@@ -89,20 +95,20 @@ class InsightTest(CommandTest):
             (
                 ["reads", "counter"],
                 0,
-                ["int counter is read by", RUN + "  [and writes it]", HELPER_TEXT + "  [and writes it]"],
+                ["counter is read by", RUN + "  [and writes it]", HELPER_TEXT + "  [and writes it]"],
                 [],
             ),
             (
                 ["writes", "Derived::size", "--transitive"],
                 0,
-                ["int size is written by", GO, MAIN + "  [through run]", RUN + "  [through ns::Derived::go]"],
+                ["ns::Derived::size is written by", GO, MAIN + "  [through run]", RUN + "  [through ns::Derived::go]"],
                 [],
             ),
             (
                 ["reads", "limit"],
                 0,
-                ["the address of int limit is taken by, so that it may be read through a pointer", "Function late(void)"],
-                ["nothing in the model reads int limit", "marked as read, and no record tells where"],
+                ["the address of limit is taken by, so that it may be read through a pointer", "Function late(void)"],
+                ["nothing in the model reads limit", "marked as read, and no record tells where"],
             ),
             (
                 ["writes", "late"],

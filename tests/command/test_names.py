@@ -4,6 +4,8 @@ Run with the path of the command in ZELKOR.
 """
 
 import json
+import os
+import subprocess
 import unittest
 
 from support import CommandTest, uuid
@@ -133,6 +135,24 @@ class NamesTest(CommandTest):
         code, out, _ = self.run_command("signature", "--json", odd, LIMITS)
         self.assertEqual(code, 0)
         self.assertEqual(json.loads(out)["results"][0]["name"], 'l"\N{LATIN SMALL LETTER E WITH ACUTE}')
+
+    def test_the_content_tells_the_format(self):
+        for text, name, code, said in (
+            ('\n <model format="zelkor-ast" version="1.0"/>', "a.json", 1, "there is no 'x'"),
+            ('{"format":"zelkor-ast","version":"1.0","elements":[]}', "a.xml", 1, "there is no 'x'"),
+            ("", "a.xml", 2, "expected <model>"),
+            ("[]", "a.xml", 2, "a.xml:1:1: error: the text is no model; expected an object\nzelkor: the model cannot be read; make"),
+        ):
+            with self.subTest(text=text):
+                with open(self.path(name), "w", encoding="utf-8") as file:
+                    file.write(text)
+                result, out, err = self.run_command("show", self.path(name), "x")
+                self.assertEqual((result, out), (code, ""))
+                self.assertIn(said, err)
+                with open(self.path(name), encoding="utf-8") as file:
+                    done = subprocess.run([os.environ["ZELKOR"], "show", "-", "x"], stdin=file, capture_output=True, text=True,
+                                          check=False)
+                self.assertEqual((done.returncode, "<string>" in done.stderr), (code, False))
 
 
 if __name__ == "__main__":

@@ -42,7 +42,7 @@ class StructureTest(CommandTest):
                 + ["inc/box.hpp:4:9 types.Member ns::Derived::size", f"src/b.cpp:2:6 {GO}"],
             ),
             (["list", "-k", "Variable", "--in", "main"], None),
-            (["list", "-k", "Variable", "--in", "run", "--locals"], ["  Variable p0"]),
+            (["list", "-k", "Variable", "--in", "run"], ["  Variable p0"]),
             (["list", "-k", "Macro"], ["inc/inner.hpp:1:1 Macro UNUSED"]),
             (["list", "--file", "/usr/include", "--no-system-headers"], None),
             (["list", "--file", "include"], None),
@@ -83,7 +83,7 @@ class StructureTest(CommandTest):
             (["refs", "printf"], ["printf(void) is referred to by", "src/a.cpp:4:6: Function helper(int p0) [CalledFuns]"]),
             (["refs", "run"], ["run(int p0) is referred to by"]
                 + [f"src/a.cpp:{line}:6: Function {text} [CalledFuns]" for line, text in ((2, "main(void)"), (3, "run(int p0)"))]),
-            (["refs", "limit"], ["int limit is referred to by", "src/a.cpp:9:6: Function late(void) [Annotations.PointsTo]"]),
+            (["refs", "limit"], ["limit is referred to by", "src/a.cpp:9:6: Function late(void) [Annotations.PointsTo]"]),
             (["refs", "lonely"], None),
         ):
             with self.subTest(words=words):
@@ -128,6 +128,43 @@ class StructureTest(CommandTest):
                 self.assertEqual([row["uuid"] for row in json.loads(out)["results"]], [ID[found]])
         code, _, err = self.ask("includes", "src/box.hpp")
         self.assertEqual((code, err.splitlines()[1]), (1, "  inc/box.hpp"))
+        for option, word, near in (("--file", "src/box.hpp", "inc/box.hpp"), ("--in", "ns::Bose", "ns::Base")):
+            code, out, err = self.ask("list", "--json", option, word)
+            self.assertEqual((code, json.loads(out)["total"], err.splitlines()[1]), (1, 0, "  " + near))
+
+    def test_names_as_sources_write_them(self):
+        size = element("Variable", ID["size"], Name="size", Type=ID["int"])
+        field = element("types.Member", ID["counter"], Name="size", Type=ID["int"])
+        arguments = [element("TemplateArg", Kind="Type", Type=ID["int"])]
+        inner = element("Namespace", Name="v1", IsInline=True, Symbols=[
+            element("types.StructType", ID["base"], Name="Box", Members=[field]),
+            element("Function", ID["run"], Name="make", Params=[size]),
+            element("Function", ID["apply"], Name="take", TemplateArgs=arguments),
+            element("Function", ID["work"], Name="operator bool"),
+        ])
+        unit = element("source.CompilationUnit", Namespaces=[element("Namespace", Name="geo", Namespaces=[inner])],
+                       Symbols=[element("types.IntegerType", ID["int"], Name="int")])
+        model = self.write_model("geo.json", [unit])
+        for word, found in (
+            ("geo::Box", ["base"]),
+            ("geo::v1::Box", ["base"]),
+            ("geo::Box::size", ["counter"]),
+            ("size", ["counter", "size"]),
+            ("geo::make(int)", ["run"]),
+            ("make(int size)", ["run"]),
+            ("static std::vector<int> geo::make(const int size)", []),
+            ("static std::vector<int> geo::make(int size)", ["run"]),
+            ("take<int>", ["apply"]),
+            ("void geo::take<int>()", ["apply"]),
+            ("operator bool()", ["work"]),
+            ("geo::v2::Box", []),
+        ):
+            with self.subTest(word):
+                code, out, err = self.run_command("show", "--json", model, word)
+                self.assertEqual([row["uuid"] for row in json.loads(out)["results"]], [ID[name] for name in found], err)
+        self.assertEqual(err.splitlines()[1], "  geo::v1::Box")
+        code, out, err = self.ask("callers", "")
+        self.assertEqual((code, out, "must not be empty" in err), (2, "", True))
 
     def test_every_verb_that_reads_a_model(self):
         """They take standard input, a limit and colours, and their records begin alike."""
@@ -169,14 +206,16 @@ class StructureTest(CommandTest):
                 page = self.run_command(verb, "--help")[1]
                 self.assertEqual(page, self.run_command("help", verb)[1])
                 self.assertGreaterEqual(len(re.findall(rf"^  .*zelkor {verb}\b", page, re.MULTILINE)), 2, page)
+                self.assertLessEqual(max(map(len, page.split("examples:")[0].splitlines())), 80, page)
                 options = set(re.findall(r"--[a-z-]+", page.split("examples:")[0]))
                 completed = re.search(rf"\b{verb}\) words='(.*)'", completion)[1].split()
                 self.assertLessEqual(options - {"--help"}, set(completed))
                 for option in options - {"--help"}:
                     self.assertIn(option.replace("-", r"\-"), manual)
-        script = completion + "COMP_WORDS=(zelkor call); COMP_CWORD=1; _zelkor; echo ${COMPREPLY[@]}"
-        done = subprocess.run(["bash", "-c", script], capture_output=True, text=True, check=False)
-        self.assertEqual((done.stdout, done.stderr), ("callers callees\n", ""))
+        for words in ("call", "help call"):
+            script = completion + f"COMP_WORDS=(zelkor {words}); COMP_CWORD={len(words.split())}; _zelkor; echo ${{COMPREPLY[@]}}"
+            done = subprocess.run(["bash", "-c", script], capture_output=True, text=True, check=False)
+            self.assertEqual((done.stdout, done.stderr), ("callers callees\n", ""))
         code, _, err = self.run_command("help", "caller")
         self.assertEqual((code, "did you mean 'callers'?" in err), (2, True))
 

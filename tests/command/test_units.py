@@ -81,6 +81,7 @@ class SameBytes(UnitsTest):
         self.assertIn("failed: nowhere.cpp: ", told)
         self.assertIn("header not found: no_such_header.hpp (1 unit); install", told)
         self.assertIn("neither C nor C++ were left out, such as that of start.S", told)
+        self.assertIn("paths in the model begin at " + os.path.realpath(self.source), told)
         cache = "--cache=cache"
         for options in (["-j2"], ["-j2", cache], ["-j1", cache], ["-j2", cache]):
             with self.subTest(options):
@@ -130,9 +131,17 @@ class SameBytes(UnitsTest):
     def test_by_xargs(self):
         model, _ = self.imported()
         command = ('"$ZELKOR" import -p . --list-units | '
-                   'xargs -P2 -I{} "$ZELKOR" import -p . --unit {} -o units/ --no-cache -q')
+                   'xargs -d "\\n" -P2 -I{} "$ZELKOR" import -p . --unit {} -o units/ --no-cache -q')
         subprocess.run(command, shell=True, cwd=self.folder, env=self.environment, check=True, capture_output=True)
         self.assertEqual(self.merged("units", "-p", ".")[0], model)
+
+    def test_by_ninja_with_options_of_the_model(self):
+        self.database(UNITS[:2])
+        options = ["--root", self.folder, "--transitive"]
+        subprocess.run([sys.executable, PLAN, "--zelkor", os.environ["ZELKOR"], "-p", self.folder, "-o", self.path("out"), "--",
+                        "--no-cache", *options], env=self.environment, check=True)
+        subprocess.run(["ninja", "-j2"], cwd=self.path("out"), env=self.environment, check=True, capture_output=True)
+        self.assertEqual(read(self.path("out/model.json")), self.imported(*options)[0])
 
     def test_by_ninja(self):
         plan = [sys.executable, PLAN, "--zelkor", os.environ["ZELKOR"], "-p", self.folder, "-o", self.path("out")]
@@ -220,6 +229,9 @@ class Cache(UnitsTest):
                 self.environment.update(variables)
                 self.zelkor("import", "-p", ".", "-o", "model.json")
                 self.assertTrue(os.listdir(self.path(folder)))
+        self.environment.update(HOME="/dev/null", XDG_CACHE_HOME="")
+        _, told = self.zelkor("import", "-p", ".", "-o", "model.json")
+        self.assertIn("warning: /dev/null/.cache/zelkor/units: no cache of units can be kept there", told)
         self.environment.update(HOME="", XDG_CACHE_HOME="relative")
         self.zelkor("import", "-p", ".", "-o", "model.json")
         self.assertFalse(os.path.exists(self.path("relative")))
@@ -301,6 +313,10 @@ class Trouble(UnitsTest):
                 (["merge", "empty", "-o", "m.json"], "empty: holds no unit file"),
                 (["merge", "nothing.zku", "-o", "m.json"], "nothing.zku: No such file"),
                 (["merge", "/dev/null", "-o", "m.json"], "/dev/null: "),
+                (["import", "--unit", "plain.c", "-o", "o.zku", "--", "@args"], "@args: response files"),
+                (["import", "-p", ".", "-o", "nowhere/m.json"], "there is no folder"),
+                (["merge", "units", "-o", "empty"], "empty: is a folder"),
+                (["import", "-p", ".", "-o", "m.json", "--error-limit=-1"], "needs a number from 0 to 4294967295"),
                 (["import", "-p", ".", "-o", "m.json", "--progress=loud"], "unknown mode of progress 'loud'")]
         for words, reason in rows:
             with self.subTest(words):

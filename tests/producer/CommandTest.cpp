@@ -107,6 +107,7 @@ TEST(Command, UnusableDatabasesSayWhatAndWhere) {
     directory.write("none/compile_commands.json", "[]");
     directory.write("malformed/compile_commands.json", "[{\"directory\": ");
     directory.write("other/compile_commands.json", "{\"hello\": 1}");
+    std::filesystem::create_directories(directory.path() / "folder" / "compile_commands.json");
     struct Row {
         char const* name;
         char const* message;
@@ -114,7 +115,7 @@ TEST(Command, UnusableDatabasesSayWhatAndWhere) {
     for (Row const& row :
          {Row{"missing", "no such compile database"}, Row{"empty", "is empty"},
           Row{"none", "names no translation unit"}, Row{"malformed", "is no compile database: "},
-          Row{"other", "is no compile database: Expected array."}}) {
+          Row{"other", "is no compile database: Expected array."}, Row{"folder", "is a folder"}}) {
         std::string const path = (directory.path() / row.name).string();
         if (std::string_view(row.name) == "missing") std::filesystem::create_directory(path);
         try {
@@ -154,7 +155,8 @@ TEST(Unit, ForeignOptionsAreReportedAndDoNoHarm) {
 TEST(Unit, ValuesThatOnlyAnotherCompilerTakesAreLeftOut) {
     for (Arguments const& options :
          {Arguments{"-march=no-such-processor"}, Arguments{"-mfpmath=387", "-march=no-such-processor"},
-          Arguments{"-std=c++17"}, Arguments{"-traditional-cpp"}}) {
+          Arguments{"-std=c++17"}, Arguments{"-traditional-cpp"},
+          Arguments{"-march=no-such-processor", "-std=c99x"}}) {
         Arguments given = options;
         given.push_back("-m32");
         UnitFacts const facts = parse("plain.c", given);
@@ -181,6 +183,17 @@ TEST(Unit, AMissingHeaderLeavesTheRestWhole) {
     EXPECT_EQ(typeText(facts, kept->type), "fn()->vector") << "a missing header must not turn types into int";
     EXPECT_NE(findEntity(facts, EntityKind::Variable, "after"), nullptr);
     EXPECT_NE(findEntity(facts, EntityKind::Member, "field", "Half"), nullptr);
+}
+
+TEST(Unit, PlacesOfErrorsAreToldFromTheProjectRoot) {
+    TemporaryDirectory const directory;
+    std::string const file = directory.write("part/bad.c", "#include \"bad.h\"\n").string();
+    directory.write("part/bad.h", "unknown v;\n");
+    CompileCommand const command{(directory.path() / "part").string(), file, {"cc", "-c", "bad.c"}};
+    UnitFacts const facts =
+        parseUnit(command, {findResourceDirectory(""), {}}, ProjectPaths(directory.path().string()));
+    ASSERT_EQ(facts.diagnostics.size(), 1U);
+    EXPECT_EQ(facts.diagnostics[0].file, "part/bad.h");
 }
 
 TEST(Unit, MoreErrorsThanTheFrontEndShowsByDefault) {

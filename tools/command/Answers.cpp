@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <initializer_list>
 #include <iostream>
+#include <map>
 #include <numeric>
 
 namespace zelkor::command {
@@ -92,6 +93,15 @@ std::string textOf(std::vector<Section> const& sections, std::size_t limit) {
     return out;
 }
 
+/// Each once: the answers about several subjects may have to say the same.
+std::vector<std::string> notesOf(std::vector<Section> const& sections) {
+    std::vector<std::string> notes;
+    for (Section const& section : sections)
+        for (std::string const& note : section.notes)
+            if (std::find(notes.begin(), notes.end(), note) == notes.end()) notes.push_back(note);
+    return notes;
+}
+
 std::string jsonOf(std::string const& verb, std::vector<Section> const& sections, std::size_t limit,
                    std::size_t total) {
     JsonMembers more(",\n  ");
@@ -102,8 +112,6 @@ std::string jsonOf(std::string const& verb, std::vector<Section> const& sections
         if (section.subject &&
             (&section == &sections.front() || !(section.subject == (&section - 1)->subject)))
             subjects += (subjects.empty() ? "" : ",\n    ") + ('{' + recordOf(section.subject).str() + '}');
-        for (std::string const& note : section.notes)
-            notes += (notes.empty() ? "" : ",\n    ") + jsonText(note);
         for (Row const& row : section.rows) {
             if (records.size() == limit) break;
             JsonMembers members = recordOf(row.element);
@@ -111,6 +119,8 @@ std::string jsonOf(std::string const& verb, std::vector<Section> const& sections
             records.push_back(recordLine(members.append(row.members)));
         }
     }
+    for (std::string const& note : notesOf(sections))
+        notes += (notes.empty() ? "" : ",\n    ") + jsonText(note);
     more.number("total", total);
     if (!subjects.empty()) more.raw("subjects", '[' + subjects + ']');
     if (!notes.empty()) more.raw("notes", '[' + notes + ']');
@@ -125,13 +135,25 @@ int printAnswer(Arguments const& arguments, std::string const& verb, std::vector
         total += section.rows.size();
     std::size_t const limit = limited(arguments, total);
     print(arguments.has("--json") ? jsonOf(verb, sections, limit, total) : textOf(sections, limit));
-    for (Section const& section : sections) {
+    for (Section const& section : sections)
         if (section.rows.empty() && !section.nothing.empty())
             std::cerr << "zelkor: " << section.nothing << '\n';
-        for (std::string const& note : section.notes)
-            std::cerr << "zelkor: note: " << note << '\n';
-    }
+    for (std::string const& note : notesOf(sections))
+        std::cerr << "zelkor: note: " << note << '\n';
     return total == 0 ? Difference : Ok;
+}
+
+std::vector<std::string> namesOf(std::vector<brant::zero::ModelElement> const& subjects) {
+    std::vector<std::string> names;
+    std::map<std::string, std::size_t> uses;
+    for (brant::zero::ModelElement const& subject : subjects) {
+        names.push_back(lineText(subject));
+        ++uses[names.back()];
+    }
+    for (std::size_t i = 0; i < names.size(); ++i)
+        if (Place const place = placeOf(subjects[i]); uses[names[i]] > 1 && place.known())
+            names[i] += " at " + place.text();
+    return names;
 }
 
 void sortByPlace(std::vector<Row>& rows) {

@@ -38,6 +38,9 @@ struct Section {
 /// verb. Notes go to standard error, and into the reply. \returns Ok, or Difference when no section has rows.
 int printAnswer(Arguments const& arguments, std::string const& verb, std::vector<Section> const& sections);
 
+/// \returns what headings call the subjects of a question: as lines do, with the place where two read alike.
+[[nodiscard]] std::vector<std::string> namesOf(std::vector<brant::zero::ModelElement> const& subjects);
+
 /// By place; what has none comes last. Rows of one place stay in their order.
 void sortByPlace(std::vector<Row>& rows);
 

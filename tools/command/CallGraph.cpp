@@ -42,9 +42,12 @@ void CallGraph::connectByOtherNames(std::size_t caller, Insight const& insight) 
         for (za::Function const& method : insight.overridersOf(named))
             connect(caller, {node(method), at, Why::Override});
     }
-    for (za::Variable const& pointer : use.reads)
+    for (za::Variable const& pointer : use.reads) {
+        if (!isFunctionPointer(pointer)) continue;
+        if (insight.mayHoldOthers(pointer)) openPointers_[caller].push_back(pointer);
         for (za::Function const& target : insight.functionsBehind(pointer))
             connect(caller, {node(target), node(pointer), Why::Pointer});
+    }
 }
 
 std::size_t CallGraph::node(brant::zero::ModelElement const& user) {
@@ -53,6 +56,7 @@ std::size_t CallGraph::node(brant::zero::ModelElement const& user) {
         uses_.push_back({user});
         callees_.emplace_back();
         callers_.emplace_back();
+        openPointers_.emplace_back();
     }
     return place->second;
 }
@@ -86,6 +90,35 @@ std::vector<CallGraph::Step> CallGraph::reach(std::vector<std::size_t> const& st
     for (std::size_t i = 0; i < steps.size() && steps[i].depth < depth; ++i)
         expand(steps[i].edge.node, steps[i].depth + 1);
     return steps;
+}
+
+void noteOpenPointers(CallGraph const& graph, std::vector<std::size_t> const& nodes, Section& section) {
+    std::vector<za::Variable> open;
+    for (std::size_t const node : nodes)
+        for (za::Variable const& pointer : graph.openPointers(node))
+            if (std::find(open.begin(), open.end(), pointer) == open.end()) open.push_back(pointer);
+    if (open.empty()) return;
+    bool const isOne = open.size() == 1;
+    std::string const first = qualifiedName(open.front());
+    section.notes.push_back(
+        "the model does not tell all that " +
+        (isOne ? "the pointer to functions " + first
+               : counted(open.size(), "pointer") + " to functions, such as " + first + ',') +
+        " may hold; calls through " + (isOne ? "it" : "them") + " may be missing");
+}
+
+void notePattern(za::Function const& function, std::string const& name, Section& section) {
+    if (isPattern(function))
+        section.notes.push_back(name +
+                                " stands for a template; what depends on the parameters of that is told "
+                                "of its instantiations only");
+}
+
+void noteTakenAddress(CallGraph const& graph, std::size_t node, std::string const& name, Section& section) {
+    if (graph.use(node).isAddressTaken)
+        section.notes.push_back(
+            "the address of " + name +
+            " is taken; calls through pointers that the model cannot follow are not listed");
 }
 
 Section addressTakers(CallGraph const& graph, za::Symbol const& symbol, std::string const& heading) {

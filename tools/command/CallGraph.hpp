@@ -28,7 +28,7 @@ class CallGraph {
         unsigned depth;   ///< from 1
     };
 
-    /// With `exact` there are no edges but those of kind Call.
+    /// With `exact` there are no edges but those of kind Call, and no open pointers.
     CallGraph(Insight const& insight, bool exact);
 
     [[nodiscard]] Use const& use(std::size_t node) const { return uses_[node]; }
@@ -37,6 +37,11 @@ class CallGraph {
     [[nodiscard]] std::size_t size() const noexcept { return uses_.size(); }
     [[nodiscard]] std::vector<Edge> const& callees(std::size_t node) const { return callees_[node]; }
     [[nodiscard]] std::vector<Edge> const& callers(std::size_t node) const { return callers_[node]; }
+    /// \returns the pointers to functions that a node reads and of which the model does not tell all that
+    /// they may hold.
+    [[nodiscard]] std::vector<zelkor::ast::Variable> const& openPointers(std::size_t node) const {
+        return openPointers_[node];
+    }
 
     /// Breadth first, so that each node is reached by a shortest way from one of the starts; a start is part
     /// of it only when it is reached from one. \returns at most one step per node, nearest first.
@@ -51,10 +56,18 @@ class CallGraph {
     std::unordered_map<brant::zero::ModelElementImpl const*, std::size_t> nodes_;
     std::vector<std::vector<Edge>> callees_;
     std::vector<std::vector<Edge>> callers_;
+    std::vector<std::vector<zelkor::ast::Variable>> openPointers_;
 };
 
 /// \returns the word that records and exported graphs use: "calls", "overrides", "template", "pointer".
 [[nodiscard]] char const* relationName(CallGraph::Why why);
+
+/// Adds what has to be known about the calls out of these nodes: which pointers may lead further.
+void noteOpenPointers(CallGraph const& graph, std::vector<std::size_t> const& nodes, Section& section);
+/// Adds that a function, called `name`, tells not all that it does when it stands for a template.
+void notePattern(zelkor::ast::Function const& function, std::string const& name, Section& section);
+/// Adds that pointers may lead to the node, called `name`, when its address is taken.
+void noteTakenAddress(CallGraph const& graph, std::size_t node, std::string const& name, Section& section);
 
 /// \returns who takes the address of a symbol, and which variables point at it.
 [[nodiscard]] Section addressTakers(CallGraph const& graph, zelkor::ast::Symbol const& symbol,

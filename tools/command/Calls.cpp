@@ -60,33 +60,35 @@ std::vector<Row> rowsOf(CallGraph const& graph, std::vector<CallGraph::Step> con
     return rows;
 }
 
-std::vector<Section> callersOf(CallGraph& graph, za::Function const& function, unsigned depth) {
+std::vector<Section> callersOf(CallGraph& graph, za::Function const& function, std::string const& name,
+                               unsigned depth) {
     std::size_t const node = graph.node(function);
-    std::string const name = title(function);
     Section calls{function, name + " is called by", rowsOf(graph, graph.reach({node}, false, depth), false)};
     calls.nothing = "nothing in the model calls " + name;
-    if (graph.use(node).isAddressTaken)
-        calls.notes.push_back(
-            "the address of " + name +
-            " is taken; calls through pointers that the model cannot follow are not listed");
+    noteTakenAddress(graph, node, name, calls);
     return {calls, addressTakers(graph, function, "the address of " + name + " is taken by")};
 }
 
-std::vector<Section> calleesOf(CallGraph& graph, za::Function const& function, unsigned depth) {
+std::vector<Section> calleesOf(CallGraph& graph, za::Function const& function, std::string const& name,
+                               unsigned depth) {
     std::size_t const node = graph.node(function);
-    std::string const name = title(function);
     std::vector<CallGraph::Step> const steps = graph.reach({node}, true, depth);
     Section section{function, name + " calls", rowsOf(graph, steps, true)};
     section.nothing = graph.use(node).isBodyKnown
-                          ? name + " calls no function"
+                          ? name + " calls no function" + (graph.openPointers(node).empty() ? "" : " by name")
                           : "the body of " + name + " is not in the model; what it calls is unknown";
-    auto const unknown = std::count_if(steps.begin(), steps.end(), [&](CallGraph::Step const& step) {
-        return step.depth < depth && !graph.use(step.edge.node).isBodyKnown;
-    });
+    std::vector<std::size_t> entered{node};
+    std::size_t unknown = 0;
+    for (CallGraph::Step const& step : steps) {
+        if (step.depth == depth) continue;
+        entered.push_back(step.edge.node);
+        unknown += graph.use(step.edge.node).isBodyKnown ? 0 : 1;
+    }
     if (unknown > 0)
-        section.notes.push_back("of these without a body in the model: " +
-                                counted(static_cast<std::size_t>(unknown), "function") +
+        section.notes.push_back("of these without a body in the model: " + counted(unknown, "function") +
                                 "; the calls inside are unknown");
+    notePattern(function, name, section);
+    noteOpenPointers(graph, entered, section);
     return {section};
 }
 
@@ -95,7 +97,8 @@ bool isFunction(ModelElement const& element) {
 }
 
 int answerCalls(Arguments const& arguments, std::string const& verb,
-                std::vector<Section> (*sectionsOf)(CallGraph&, za::Function const&, unsigned)) {
+                std::vector<Section> (*sectionsOf)(CallGraph&, za::Function const&, std::string const&,
+                                                   unsigned)) {
     arguments.requireOperands({"FILE", "NAME|UUID"});
     unsigned const depth = depthOf(arguments, 1);
     za::Ast const ast = readModel(arguments.operands()[0]);
@@ -103,8 +106,9 @@ int answerCalls(Arguments const& arguments, std::string const& verb,
     std::vector<ModelElement> const found = subjects(ast, arguments.operands()[1], isFunction, verb.c_str());
     if (!found.empty()) {
         CallGraph graph(Insight(ast), arguments.has("--exact"));
-        for (ModelElement const& element : found)
-            for (Section& section : sectionsOf(graph, za::Function::cast(element), depth))
+        std::vector<std::string> const names = namesOf(found);
+        for (std::size_t i = 0; i < found.size(); ++i)
+            for (Section& section : sectionsOf(graph, za::Function::cast(found[i]), names[i], depth))
                 sections.push_back(std::move(section));
     }
     return printAnswer(arguments, verb, sections);
@@ -135,17 +139,41 @@ std::string howFar(CallGraph const& graph, std::vector<CallGraph::Step> const& s
     return text;
 }
 
-Section pathBetween(CallGraph& graph, za::Function const& from, za::Function const& to) {
+/// One end of a path, as headings call it.
+struct End {
+    za::Function function;
+    std::string name;
+};
+
+std::vector<End> endsOf(std::vector<ModelElement> const& functions) {
+    std::vector<std::string> const names = namesOf(functions);
+    std::vector<End> ends;
+    for (std::size_t i = 0; i < functions.size(); ++i)
+        ends.push_back({za::Function::cast(functions[i]), names[i]});
+    return ends;
+}
+
+Section pathBetween(CallGraph& graph, End const& first, End const& last) {
+    za::Function const& from = first.function;
+    za::Function const& to = last.function;
     std::size_t const start = graph.node(from);
     std::size_t const target = graph.node(to);
     std::vector<CallGraph::Step> const steps = graph.reach({start}, true, unlimitedDepth);
     std::vector<CallGraph::Step> const way = wayTo(steps, target);
-    Section section{from, title(from) + " reaches " + title(to) + " in " + counted(way.size(), "call")};
-    section.nothing = "no calls lead from " + title(from) + " to " + title(to) + "; " + howFar(graph, steps);
-    if (way.empty()) return section;
-    Row first{from};
-    first.members.text("relation", "start").number("depth", 0);
-    section.rows.push_back(first);
+    Section section{from, first.name + " reaches " + last.name + " in " + counted(way.size(), "call")};
+    section.nothing = "no calls lead from " + first.name + " to " + last.name + "; " + howFar(graph, steps);
+    if (way.empty()) {
+        std::vector<std::size_t> entered{start};
+        for (CallGraph::Step const& step : steps)
+            entered.push_back(step.edge.node);
+        notePattern(from, first.name, section);
+        noteOpenPointers(graph, entered, section);
+        noteTakenAddress(graph, target, last.name, section);
+        return section;
+    }
+    Row begin{from};
+    begin.members.text("relation", "start").number("depth", 0);
+    section.rows.push_back(begin);
     for (CallGraph::Step const& step : way) {
         Row row = rowOf(graph, step, true);
         row.note = relationNote(graph, step.edge, true);
@@ -172,9 +200,9 @@ int runPath(Arguments const& arguments) {
     std::vector<Section> sections;
     if (!starts.empty() && !ends.empty()) {
         CallGraph graph(Insight(ast), arguments.has("--exact"));
-        for (ModelElement const& from : starts)
-            for (ModelElement const& to : ends)
-                sections.push_back(pathBetween(graph, za::Function::cast(from), za::Function::cast(to)));
+        for (End const& from : endsOf(starts))
+            for (End const& to : endsOf(ends))
+                sections.push_back(pathBetween(graph, from, to));
     }
     return printAnswer(arguments, "path", sections);
 }

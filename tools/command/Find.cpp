@@ -158,7 +158,7 @@ int reportNothing(za::Ast const& ast, Wanted const& wanted) {
 } // namespace
 
 int runFind(Arguments const& arguments) {
-    arguments.requireOperands({"FILE"});
+    arguments.requireOperands({"FILE"}, "--name");
     Wanted const wanted(arguments);
     za::Ast const ast = readModel(arguments.operands()[0]);
     int const code = printAnswer(arguments, "find", {found(ast, wanted)});

@@ -43,6 +43,7 @@ producer::ImportOptions importOptions(Arguments const& arguments, Progress& prog
     if (arguments.has("--transitive")) options.insight = producer::Insight::Transitive;
     if (!arguments.has("--no-cache"))
         options.cacheDirectory = arguments.value("--cache", producer::defaultCacheDirectory());
+    options.needsCache = arguments.has("--cache");
     options.cancelled = &interrupted;
     options.progress = [&progress](producer::ImportProgress const& now) {
         progress.show(now.unitsDone, now.unitsTotal, now.file);
@@ -64,6 +65,7 @@ template <class Fill>
 int writeImport(Arguments const& arguments, char const* done, Fill fill) {
     std::string const out = requireOutput(arguments);
     auto const format = formatOf(out, arguments.value("--format"));
+    requireWritable(out); // before the work, which may take long
     ReportOptions const report = reportOptions(arguments);
     Progress progress(arguments.value("--progress"), report.isQuiet);
     watchInterrupts();
@@ -73,6 +75,7 @@ int writeImport(Arguments const& arguments, char const* done, Fill fill) {
     if (result.isCancelled) return reportInterrupt();
     writeModel(ast, out, format);
     printReport(result, done, report);
+    if (!report.isQuiet) printRoot(result);
     return exitCodeOf(result, arguments.has("--fail-on-error"));
 }
 

@@ -2,6 +2,7 @@
 
 #include "Options.hpp"
 
+#include <filesystem>
 #include <iostream>
 #include <string>
 
@@ -89,8 +90,17 @@ void printReport(producer::ImportResult const& result, char const* done, ReportO
     if (result.unchangedUnits != 0) std::cerr << " (" << result.unchangedUnits << " unchanged)";
     std::cerr << ", " << result.countUnits(UnitState::Incomplete) << " incomplete, " << failed << " failed";
     if (!result.variants.empty())
-        std::cerr << ", " << result.variants.size() << " definitions differ between units";
+        std::cerr << ", " << result.variants.size()
+                  << (result.variants.size() == 1 ? " definition differs" : " definitions differ")
+                  << " between units" << (options.isVerbose ? "" : " (-v tells where)");
     std::cerr << '\n';
+}
+
+void printRoot(producer::ImportResult const& result) {
+    std::error_code error;
+    if (result.root.empty() || std::filesystem::equivalent(result.root, ".", error)) return;
+    std::cerr << "zelkor: note: paths in the model begin at " << result.root
+              << "; import --root DIR changes that\n";
 }
 
 int exitCodeOf(producer::ImportResult const& result, bool failOnError) {

@@ -15,6 +15,9 @@ struct ReportOptions {
 /// with `done` ("imported").
 void printReport(producer::ImportResult const& result, char const* done, ReportOptions const& options);
 
+/// Tells which folder the paths of the model begin at, unless the user is there.
+void printRoot(producer::ImportResult const& result);
+
 /// \returns the exit code.
 int exitCodeOf(producer::ImportResult const& result, bool failOnError);
 

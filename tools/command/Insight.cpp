@@ -41,6 +41,25 @@ Insight::Insight(za::Ast const& ast) {
         throw UsageError(
             "the model has no code insight, so nobody knows what its functions call, read and write; import "
             "it anew with its function bodies: zelkor import -p BUILD_DIR -o FILE");
+    findOpenPointers();
+}
+
+void Insight::findOpenPointers() {
+    for (Use const& use : uses_)
+        for (za::Variable const& pointer : use.writes) {
+            if (!isFunctionPointer(pointer)) continue;
+            std::vector<za::Function> const targets = functionsBehind(pointer);
+            bool const isTarget =
+                std::any_of(targets.begin(), targets.end(), [&](za::Function const& target) {
+                    return std::find(use.points.begin(), use.points.end(), target) != use.points.end();
+                });
+            if (!isTarget) writtenFromElsewhere_.insert(pointer.get());
+        }
+}
+
+bool Insight::mayHoldOthers(za::Variable const& pointer) const {
+    return pointer.getOwningFunPrototype() || writtenFromElsewhere_.contains(pointer.get()) ||
+           functionsBehind(pointer).empty();
 }
 
 Use& Insight::use(ModelElement const& user) {
@@ -100,9 +119,8 @@ std::vector<za::Function> Insight::overridersOf(za::Function const& method) cons
 std::vector<za::Function> Insight::functionsBehind(za::Variable const& pointer) const {
     std::vector<za::Function> functions;
     auto const found = indices_.find(pointer.get());
-    if (found == indices_.end() || uses_[found->second].points.empty()) return functions;
-    za::types::Type const type = pointer.getType();
-    if (!type || !za::types::FunctionType::cast(za::types::Type::getUnderlyingType(type))) return functions;
+    if (found == indices_.end() || uses_[found->second].points.empty() || !isFunctionPointer(pointer))
+        return functions;
     for (za::Symbol const& target : uses_[found->second].points)
         if (auto const function = za::Function::cast(target)) functions.push_back(function);
     return functions;
@@ -111,6 +129,20 @@ std::vector<za::Function> Insight::functionsBehind(za::Variable const& pointer) 
 insight::VariableInfo Insight::recordOf(za::Variable const& variable) const {
     auto const found = variables_.find(variable.get());
     return found == variables_.end() ? insight::VariableInfo() : found->second;
+}
+
+bool isFunctionPointer(za::Variable const& variable) {
+    za::types::Type const type = variable.getType();
+    return type && za::types::FunctionType::cast(za::types::Type::getUnderlyingType(type));
+}
+
+bool isPattern(za::Function const& function) {
+    auto const standsFor = [](auto const& symbol) {
+        za::Template const made = symbol ? symbol.getAssocTemplate() : za::Template();
+        return made && !made.isProxy() && made.getProtoTypeInstantiation() == symbol;
+    };
+    auto const method = za::types::Method::cast(function);
+    return standsFor(function) || (method && standsFor(method.getOwningAggregate()));
 }
 
 za::Function patternOf(za::Function const& function) {

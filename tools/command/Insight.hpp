@@ -4,6 +4,7 @@
 #include <zelkor/ast.hpp>
 
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace zelkor::command {
@@ -31,10 +32,13 @@ class Insight {
     [[nodiscard]] std::vector<Use> const& uses() const noexcept { return uses_; }
     /// \returns the methods that a virtual call of `method` may run in its place, at any depth of derivation.
     [[nodiscard]] std::vector<zelkor::ast::Function> overridersOf(zelkor::ast::Function const& method) const;
-    /// \returns the functions that a pointer may hold, as far as the model tells; none for what is no
-    /// function pointer.
+    /// \returns the functions that a pointer may hold, as far as the model tells; none for what
+    /// `isFunctionPointer` is false for.
     [[nodiscard]] std::vector<zelkor::ast::Function>
     functionsBehind(zelkor::ast::Variable const& pointer) const;
+    /// \returns whether a pointer to functions may hold others than `functionsBehind`: nothing tells what it
+    /// holds, it is a parameter, or someone writes it who takes the address of none of these.
+    [[nodiscard]] bool mayHoldOthers(zelkor::ast::Variable const& pointer) const;
     /// \returns the record of a variable, or a null handle.
     [[nodiscard]] zelkor::ast::codeinsight::VariableInfo
     recordOf(zelkor::ast::Variable const& variable) const;
@@ -46,16 +50,24 @@ class Insight {
     void add(zelkor::ast::codeinsight::FunctionInfo const& record);
     void add(zelkor::ast::codeinsight::VariableInfo const& record);
     void add(zelkor::ast::codeinsight::FunInfo const& annotation, brant::zero::ModelElement const& user);
+    void findOpenPointers();
 
     std::vector<Use> uses_;
     std::unordered_map<Body, std::size_t> indices_;
     std::unordered_map<Body, std::vector<zelkor::ast::Function>> overriders_; ///< at one step
     std::unordered_map<Body, zelkor::ast::codeinsight::VariableInfo> variables_;
+    std::unordered_set<Body> writtenFromElsewhere_; ///< pointers to functions
 };
+
+/// \returns whether the variable holds pointers to functions: one, or an array of them.
+[[nodiscard]] bool isFunctionPointer(zelkor::ast::Variable const& variable);
 
 /// \returns the function that `function` was made from when a template made it, or a null handle: by its
 /// template, or, for a method of a class made from a template, the method at the same place in the class that
 /// stands for the template.
 [[nodiscard]] zelkor::ast::Function patternOf(zelkor::ast::Function const& function);
+
+/// \returns whether the function stands for a template, or is a method of a class that does.
+[[nodiscard]] bool isPattern(zelkor::ast::Function const& function);
 
 } // namespace zelkor::command

@@ -15,13 +15,6 @@ using brant::zero::ModelElement;
 
 namespace {
 
-/// Parameters, what stands inside of functions, and the parameters of templates.
-bool isLocal(ModelElement const& element) {
-    for (ModelElement up = element.container(); up; up = up.container())
-        if (za::Function::cast(up) || za::Template::cast(up)) return true;
-    return false;
-}
-
 class Filter {
   public:
     explicit Filter(Arguments const& arguments)
@@ -32,11 +25,12 @@ class Filter {
                 classNamed(arguments.value("--class"),
                            {za::Symbol::metaClass(), za::Namespace::metaClass(), za::Macro::metaClass()});
     }
-    [[nodiscard]] bool takes(ModelElement const& element) const {
+    /// `root` is what the element was found in; null for the model.
+    [[nodiscard]] bool takes(ModelElement const& element, ModelElement const& root) const {
         return hasName(element) && !simpleName(element).empty() &&
                (!class_ || meta::isSubclassOf(element.getMetaClass(), class_)) &&
                (file_.empty() || isPathOf(file_, placeOf(element).path)) &&
-               (foreign_ || !isForeign(element)) && (locals_ || !isLocal(element));
+               (foreign_ || !isForeign(element)) && (locals_ || !isLocal(element, root));
     }
 
   private:
@@ -46,31 +40,48 @@ class Filter {
     bool foreign_;
 };
 
+bool hasFile(za::Ast const& ast, std::string const& path) {
+    bool found = false;
+    forEachElement(ast, [&](ModelElement const& element) {
+        auto const file = za::source::SourceFile::cast(element);
+        found = found || (file && isPathOf(path, brant::zero::toUtf8(file.getPath())));
+    });
+    return found;
+}
+
 } // namespace
 
 int runList(Arguments const& arguments) {
-    arguments.requireOperands({"FILE"});
+    arguments.requireOperands({"FILE"}, "--in");
     Filter const filter(arguments);
     za::Ast const ast = readModel(arguments.operands()[0]);
     Section section;
     section.layout = Layout::Columns;
     section.nothing = "no symbol fits";
     std::unordered_set<brant::zero::ModelElementImpl const*> seen;
-    auto const visit = [&](ModelElement const& element) {
-        if (filter.takes(element) && seen.insert(element.get()).second) section.rows.push_back({element});
+    auto const visit = [&](ModelElement const& element, ModelElement const& root) {
+        if (filter.takes(element, root) && seen.insert(element.get()).second)
+            section.rows.push_back({element});
     };
     if (arguments.has("--in")) {
         std::string const scope = arguments.value("--in");
         Lookup const lookup = lookUp(ast, scope);
-        if (lookup.elements.empty()) return reportMissing(scope, lookup);
+        if (lookup.elements.empty()) {
+            section.nothing.clear();
+            reportMissing(scope, lookup);
+        }
         for (ModelElement const& root : lookup.elements)
             forEachBelow(root, [&](ModelElement const& element) {
-                if (!(element == root)) visit(element);
+                if (!(element == root)) visit(element, root);
             });
     } else {
-        forEachElement(ast, visit);
+        forEachElement(ast, [&](ModelElement const& element) { visit(element, {}); });
     }
     sortByPlace(section.rows);
+    if (arguments.has("--file") && !hasFile(ast, arguments.value("--file"))) {
+        section.nothing.clear();
+        reportMissing(arguments.value("--file"), lookUpFiles(ast, arguments.value("--file")));
+    }
     return printAnswer(arguments, "list", {section});
 }
 

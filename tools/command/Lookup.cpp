@@ -73,12 +73,37 @@ std::vector<std::string> nearestOf(std::string const& word, std::vector<std::str
     return nearest;
 }
 
+/// Of a qualified word first what has the same simple name: its scope may be the wrong one.
 std::vector<std::string> nearestNames(std::vector<ModelElement> const& named, std::string const& word) {
-    bool const qualified = word.find("::") != std::string::npos;
+    std::size_t const scope = word.rfind("::");
     std::vector<std::string> names;
+    std::vector<std::string> nearest;
+    for (ModelElement const& element : named) {
+        names.push_back(scope == std::string::npos ? simpleName(element) : qualifiedName(element));
+        bool const isSame =
+            scope != std::string::npos && word.compare(scope + 2, word.npos, simpleName(element)) == 0;
+        if (isSame && std::find(nearest.begin(), nearest.end(), names.back()) == nearest.end())
+            nearest.push_back(names.back());
+    }
+    for (std::string const& name : nearestOf(word, names))
+        if (std::find(nearest.begin(), nearest.end(), name) == nearest.end()) nearest.push_back(name);
+    nearest.resize(std::min(nearest.size(), suggestions));
+    return nearest;
+}
+
+NameEnds nameEnds(std::vector<ModelElement> const& named) {
+    std::vector<std::string> inlineNamespaces;
     for (ModelElement const& element : named)
-        names.push_back(qualified ? qualifiedName(element) : simpleName(element));
-    return nearestOf(word, names);
+        if (auto const space = za::Namespace::cast(element); space && space.getIsInline())
+            inlineNamespaces.push_back(qualifiedName(space));
+    return NameEnds(std::move(inlineNamespaces));
+}
+
+/// What to do about a subject that is of no use by itself.
+std::string adviceOn(ModelElement const& subject, std::string const& word) {
+    bool const holdsMore = za::Namespace::cast(subject) || za::types::AggregateType::cast(subject) ||
+                           za::Template::cast(subject);
+    return holdsMore ? "; zelkor list FILE --in '" + word + "' tells what is inside" : "";
 }
 
 } // namespace
@@ -125,7 +150,14 @@ std::string qualifiedName(ModelElement const& element) {
     return simpleName(element);
 }
 
+bool isLocal(ModelElement const& element, ModelElement const& root) {
+    for (ModelElement up = element.container(); up && !(up == root); up = up.container())
+        if (za::Function::cast(up) || za::Template::cast(up)) return true;
+    return false;
+}
+
 Lookup lookUp(za::Ast const& ast, std::string const& word) {
+    if (word.empty()) throw UsageError("a name must not be empty");
     Lookup result;
     brant::zero::uuid identity;
     if (brant::zero::parseUuid(word, identity))
@@ -138,23 +170,26 @@ Lookup lookUp(za::Ast const& ast, std::string const& word) {
         std::copy_if(named.begin(), named.end(), std::back_inserter(result.elements), fits);
         return !result.elements.empty();
     };
+    // A parameter has its simple name for a qualified one, but is not what a person means before all fields.
+    bool const hasScope = word.find("::") != std::string::npos;
     if (take([&](ModelElement const& element) {
-            return mayBeQualifiedBy(element, word) && qualifiedName(element) == word;
+            return mayBeQualifiedBy(element, word) && qualifiedName(element) == word &&
+                   (hasScope || !isLocal(element));
         }))
         return result;
+    NameEnds const ends = nameEnds(named);
     std::optional<SignaturePattern> const signature = SignaturePattern::of(word);
     for (bool const skipScopes : {false, true})
         if (signature && take([&](ModelElement const& element) {
                 auto const function = za::Function::cast(element);
-                return function && signature->fits(function, skipScopes);
+                return function && signature->fits(function, ends, skipScopes);
             }))
             return result;
-    bool const qualified = word.find("::") != std::string::npos;
+    bool const hasArguments = word.ends_with('>');
     if (!take([&](ModelElement const& element) {
             if (simpleName(element) == word) return true;
-            if (!qualified || !mayBeQualifiedBy(element, word)) return false;
-            std::string const name = qualifiedName(element);
-            return isEndOfName(word, name) || isEndOfName(word, withoutArguments(name));
+            return (hasScope || hasArguments) && mayBeQualifiedBy(element, word) &&
+                   ends.fit(word, qualifiedName(element));
         }))
         result.nearest = nearestNames(named, signature ? signature->name() : word);
     return result;
@@ -195,7 +230,7 @@ std::vector<ModelElement> subjects(za::Ast const& ast, std::string const& word,
     }
     if (found.empty() && !lookup.elements.empty())
         throw UsageError("'" + word + "' is a " + lookup.elements.front()->classTable().shortName +
-                         " and has no " + what);
+                         " and has no " + what + adviceOn(lookup.elements.front(), word));
     return found;
 }
 

@@ -15,15 +15,16 @@ struct Lookup {
     std::vector<std::string> nearest;                ///< at most five, the best first
 };
 
-/// Looks for an identity; else for all symbols, namespaces and macros whose qualified name is `word`; else
-/// for functions whose signature it is; else for what has `word` as its simple name or as the end of its
-/// qualified one. Linear in the size of the model.
+/// Looks for an identity; else for all symbols, namespaces and macros whose qualified name is `word`, for
+/// parameters and the like only when it is a qualified one; else for functions whose signature it is; else
+/// for what has `word` as its simple name or as the end of its qualified one. Linear in the size of the
+/// model. \throws UsageError for an empty word.
 [[nodiscard]] Lookup lookUp(zelkor::ast::Ast const& ast, std::string const& word);
 
 /// \returns what a word names, as far as it `fits`: a template replaced by the symbol that stands for it,
 /// each element once. Empty when the word names nothing; that was told on standard error. \throws UsageError
 /// when nothing that it names fits:
-/// "'x' is a Variable and has no callers", with `what` as the last word.
+/// "'x' is a Variable and has no callers", with `what` as the last word, and how to see what is inside.
 [[nodiscard]] std::vector<brant::zero::ModelElement>
 subjects(zelkor::ast::Ast const& ast, std::string const& word,
          std::function<bool(brant::zero::ModelElement const&)> const& fits, char const* what);
@@ -48,6 +49,10 @@ void forEachElement(zelkor::ast::Ast const& ast,
 /// Says on standard error that there is no `word`, and which names are near. \returns the exit code for it.
 int reportMissing(std::string const& word, Lookup const& lookup);
 
+/// \returns whether the element lies inside of a function or is a parameter of one or of a template, as seen
+/// from `root`, or from the model when that is null.
+[[nodiscard]] bool isLocal(brant::zero::ModelElement const& element,
+                           brant::zero::ModelElement const& root = {});
 /// \returns whether the element is a symbol, a namespace or a macro.
 [[nodiscard]] bool hasName(brant::zero::ModelElement const& element);
 /// \returns the simple name of a symbol, namespace or macro, or an empty text.

@@ -109,7 +109,7 @@ std::vector<Verb> const& verbs() {
         {"convert",
          "IN OUT",
          "Read a model and write it, in the format that the ending of OUT tells.",
-         {{"--from", nullptr, "json|xml", "format of IN when its ending does not tell"},
+         {{"--from", nullptr, "json|xml", "format of IN; by default its content tells"},
           {"--format", nullptr, "json|xml", "format of OUT when its ending does not tell"}},
          {"zelkor convert model.json model.xml", "zelkor convert - model.json < model.xml"},
          &runConvert},
@@ -163,10 +163,11 @@ std::vector<Verb> const& verbs() {
         {"tree",
          "FILE [NAME]",
          "Show what contains what, from the project or from one element down.",
-         withReply({{"--depth", nullptr, "N", "levels below the first (default 2)"},
-                    {"--transitive", nullptr, nullptr, "all levels"},
-                    {"--all", nullptr, nullptr,
-                     "also elements without a name, such as positions and pointer types"}}),
+         withReply(
+             {{"--depth", nullptr, "N", "levels below the first (default 2)"},
+              {"--transitive", nullptr, nullptr, "all levels"},
+              {"--all", nullptr, nullptr,
+               "also predefined macros and elements without a name, such as positions and pointer types"}}),
          {"zelkor tree model.json", "zelkor tree model.json ns::Foo --transitive"},
          &runTree},
         {"show",
@@ -277,7 +278,7 @@ int main(int argc, char** argv) {
     } catch (zelkor::command::UsageError const& error) {
         std::cerr << "zelkor: error: " << error.what() << '\n';
     } catch (brant::zero::io::ParseError const& error) {
-        std::cerr << error.what() << '\n';
+        std::cerr << error.what() << "\nzelkor: the model cannot be read; make it again with zelkor import\n";
     } catch (brant::zero::io::FileError const& error) {
         std::cerr << error.what() << '\n'; // begins with the file, as those above do
     } catch (std::exception const& error) {

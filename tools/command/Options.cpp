@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <numeric>
 #include <utility>
 
@@ -112,13 +113,18 @@ unsigned Arguments::number(std::string_view option, unsigned fallback) const {
     unsigned result = 0;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), result);
     if (error != std::errc() || end != text.data() + text.size())
-        throw UsageError("option '" + std::string(option) + "' needs a number, not '" + text + "'");
+        throw UsageError("option '" + std::string(option) + "' needs a number from 0 to " +
+                         std::to_string(std::numeric_limits<unsigned>::max()) + ", not '" + text + "'");
     return result;
 }
 
-void Arguments::requireOperands(std::vector<std::string> const& names) const {
-    if (operands_.size() > names.size())
-        throw UsageError("unexpected argument '" + operands_[names.size()] + "'");
+void Arguments::requireOperands(std::vector<std::string> const& names, char const* meant) const {
+    if (operands_.size() > names.size()) {
+        std::string const& extra = operands_[names.size()];
+        throw UsageError(
+            "unexpected argument '" + extra + "'" +
+            (meant == nullptr ? "" : "; did you mean " + std::string(meant) + " '" + extra + "'?"));
+    }
     if (operands_.size() < names.size() && names[operands_.size()].front() != '[')
         throw UsageError("missing argument: " + names[operands_.size()]);
 }

@@ -41,8 +41,8 @@ class Arguments {
     [[nodiscard]] unsigned number(std::string_view option, unsigned fallback) const;
     [[nodiscard]] std::vector<std::string> const& operands() const noexcept { return operands_; }
     /// \throws UsageError unless there is an operand for each name; the last ones, in brackets, may be
-    /// missing.
-    void requireOperands(std::vector<std::string> const& names) const;
+    /// missing. One more than that is told to belong to the option `meant`, if that is given.
+    void requireOperands(std::vector<std::string> const& names, char const* meant = nullptr) const;
 
   private:
     std::map<std::string, std::vector<std::string>> given_;

@@ -85,9 +85,9 @@ class Finder {
   public:
     explicit Finder(za::Ast const& ast) : references_(allReferences(ast)) {}
 
-    [[nodiscard]] Section about(ModelElement const& target) {
-        Section section{target, title(target) + " is referred to by", {}};
-        section.nothing = "nothing in the model refers to " + title(target);
+    [[nodiscard]] Section about(ModelElement const& target, std::string const& name) {
+        Section section{target, name + " is referred to by", {}};
+        section.nothing = "nothing in the model refers to " + name;
         seen_.clear();
         std::vector<ModelElement> layers{target};
         std::set<ModelElementImpl const*> wrapped{target.get()};
@@ -141,8 +141,9 @@ int runRefs(Arguments const& arguments) {
     std::vector<ModelElement> const found = subjects(ast, arguments.operands()[1], anything, "references");
     if (!found.empty()) {
         Finder finder(ast);
-        for (ModelElement const& element : found)
-            sections.push_back(finder.about(element));
+        std::vector<std::string> const names = namesOf(found);
+        for (std::size_t i = 0; i < found.size(); ++i)
+            sections.push_back(finder.about(found[i], names[i]));
     }
     return printAnswer(arguments, "refs", sections);
 }

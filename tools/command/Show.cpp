@@ -111,7 +111,8 @@ struct Collector {
         } else {
             for (Value const& member : value.getAllValues())
                 property.items.push_back(listedItem(row, member));
-            property.isDefault = property.items.empty();
+            property.isDefault = std::all_of(property.items.begin(), property.items.end(),
+                                             [](Item const& item) { return item.text.empty(); });
         }
         shown.push_back(std::move(property));
     }

@@ -14,8 +14,9 @@ namespace {
 using Tokens = std::vector<std::string>;
 using Position = Tokens::const_iterator;
 
+/// `#` is part of what stands in place of a name that is missing.
 bool isWordCharacter(char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' ||
+    return std::isalnum(static_cast<unsigned char>(c)) != 0 || c == '_' || c == '#' ||
            static_cast<unsigned char>(c) >= 0x80;
 }
 
@@ -96,11 +97,12 @@ std::string comparable(std::string_view text) {
     return types == "void" ? std::string() : types;
 }
 
-std::string parameterTypes(za::Function const& function, bool skipTypedefs) {
+std::string parameterList(za::Function const& function, bool skipTypedefs, bool withNames) {
     std::string text;
     for (za::Variable const& parameter : function.getParams()) {
         if (!text.empty()) text += ',';
-        text += za::types::Type::generateTypeName(parameter.getType(), {}, skipTypedefs);
+        std::string const name = withNames ? parameter.getName() : std::string();
+        text += za::types::Type::generateTypeName(parameter.getType(), name, skipTypedefs);
     }
     if (function.getIsVariadic()) text += text.empty() ? "..." : ",...";
     return comparable(text);
@@ -127,7 +129,32 @@ std::size_t openingOf(std::string_view text) {
     return std::string_view::npos;
 }
 
-} // namespace
+/// \returns where the list of template arguments begins that ends in front of `end`, or `end` when none does.
+Position argumentsBefore(Position begin, Position end) {
+    int depth = 0;
+    for (Position at = end; at != begin;) {
+        --at;
+        depth += *at == ">" ? 1 : *at == "<" ? -1 : 0;
+        if (depth == 0) return *at == "<" ? at : end;
+    }
+    return end;
+}
+
+/// \returns where the qualified name begins that the tokens end with; in front of it stand words such as
+/// `static` and the type of the result.
+Position nameIn(Tokens const& tokens) {
+    Position at = argumentsBefore(tokens.begin(), tokens.end());
+    if (at != tokens.begin()) --at;
+    auto const isOperator = std::find(tokens.rbegin(), tokens.rend(), "operator");
+    if (isOperator != tokens.rend()) at = isOperator.base() - 1;
+    if (at != tokens.begin() && *(at - 1) == "~") --at;
+    while (at != tokens.begin() && *(at - 1) == "::") {
+        --at;
+        at = argumentsBefore(tokens.begin(), at);
+        if (at != tokens.begin() && isWordCharacter((at - 1)->front())) --at;
+    }
+    return at;
+}
 
 bool isEndOfName(std::string const& end, std::string const& name) {
     if (!name.ends_with(end)) return false;
@@ -135,6 +162,7 @@ bool isEndOfName(std::string const& end, std::string const& name) {
     return outer == 0 || (outer >= 2 && name.compare(outer - 2, 2, "::") == 0);
 }
 
+/// \returns a qualified name without the template arguments in it: `A::f` for `A<int>::f<B<C>>`.
 std::string withoutArguments(std::string const& name) {
     static constexpr std::string_view word = "operator";
     std::string out;
@@ -157,6 +185,27 @@ std::string withoutArguments(std::string const& name) {
     return out;
 }
 
+} // namespace
+
+NameEnds::NameEnds(std::vector<std::string> inlineNamespaces)
+    : inlineNamespaces_(std::move(inlineNamespaces)) {
+    std::sort(inlineNamespaces_.begin(), inlineNamespaces_.end(),
+              [](auto const& a, auto const& b) { return a.size() > b.size(); });
+}
+
+bool NameEnds::fit(std::string const& end, std::string const& name) const {
+    if (isEndOfName(end, name) || isEndOfName(end, withoutArguments(name))) return true;
+    std::string shorter = name;
+    for (std::string const& space : inlineNamespaces_)
+        if (shorter.starts_with(space + "::")) {
+            std::size_t const outer = space.rfind("::");
+            std::size_t const begin = outer == std::string::npos ? 0 : outer + 2;
+            shorter.erase(begin, space.size() + 2 - begin);
+        }
+    return shorter.size() != name.size() &&
+           (isEndOfName(end, shorter) || isEndOfName(end, withoutArguments(shorter)));
+}
+
 std::optional<SignaturePattern> SignaturePattern::of(std::string const& word) {
     Tokens tokens = tokensOf(word);
     SignaturePattern pattern;
@@ -167,22 +216,22 @@ std::optional<SignaturePattern> SignaturePattern::of(std::string const& word) {
     std::string const text = joined(tokens);
     std::size_t const opening = openingOf(text);
     if (opening == std::string::npos || opening == 0) return std::nullopt;
-    pattern.name_ = text.substr(0, opening);
+    Tokens const declared = tokensOf(std::string_view(text).substr(0, opening));
+    pattern.name_ = joined(Tokens(nameIn(declared), declared.end()));
     pattern.types_ = comparable(std::string_view(text).substr(opening + 1, text.size() - opening - 2));
     return pattern;
 }
 
-bool SignaturePattern::fits(za::Function const& function, bool skipScopes) const {
+bool SignaturePattern::fits(za::Function const& function, NameEnds const& ends, bool skipScopes) const {
     if (whole_.find(joined(tokensOf(function.getName()))) == std::string::npos) return false;
     auto const method = za::types::Method::cast(function);
-    auto const haveTypes = [&](bool skipTypedefs) {
-        std::string const types = parameterTypes(function, skipTypedefs);
+    auto const haveTypes = [&](bool skipTypedefs, bool withNames) {
+        std::string const types = parameterList(function, skipTypedefs, withNames);
         return skipScopes ? withoutScopes(types) == withoutScopes(types_) : types == types_;
     };
-    std::string const name = function.getFullyQualifiedName();
-    if ((isEndOfName(name_, joined(tokensOf(name))) ||
-         isEndOfName(name_, joined(tokensOf(withoutArguments(name))))) &&
-        (!isConst_ || (method && method.getIsThisConst())) && (haveTypes(false) || haveTypes(true)))
+    if (ends.fit(name_, joined(tokensOf(function.getFullyQualifiedName()))) &&
+        (!isConst_ || (method && method.getIsThisConst())) &&
+        (haveTypes(false, false) || haveTypes(true, false) || haveTypes(false, true)))
         return true;
     return joined(tokensOf(function.generateSignature())) == whole_;
 }

@@ -1,32 +1,43 @@
-// Functions by their parameters: `f(int, char const *)` tells overloads apart.
+// What a person may call an element: ends of names, and functions by their parameters.
 #pragma once
 
 #include <zelkor/ast.hpp>
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace zelkor::command {
 
-/// \returns whether `end` is the name or what stands behind a `::` in it.
-[[nodiscard]] bool isEndOfName(std::string const& end, std::string const& name);
+/// Compares a word with the ends of qualified names, as sources write them: template arguments and inline
+/// namespaces may be left out.
+class NameEnds {
+  public:
+    /// \param inlineNamespaces their qualified names
+    explicit NameEnds(std::vector<std::string> inlineNamespaces);
 
-/// \returns a qualified name without the template arguments in it: `A::f` for `A<int>::f<B<C>>`.
-[[nodiscard]] std::string withoutArguments(std::string const& name);
+    /// \returns whether `end` is the name or what stands behind a `::` in it.
+    [[nodiscard]] bool fit(std::string const& end, std::string const& name) const;
 
-/// A function name with a parameter list, or a whole signature as `zelkor signature` prints it.
+  private:
+    std::vector<std::string> inlineNamespaces_; ///< the innermost before those around it
+};
+
+/// A function name with a parameter list, a declaration as it stands in the sources, or a whole signature as
+/// `zelkor signature` prints it.
 ///
 /// Blanks do not count, `const int *` and `int const *` are the same, `()` and `(void)` too; types are taken
-/// as written or with their typedefs resolved. The name may leave out outer scopes. Without a `const` behind
-/// it the list fits both.
+/// as written or with their typedefs resolved. The name may leave out what `NameEnds` allows, and parameters
+/// their names; the type of the result does not count. Without a `const` behind it the list fits both.
 class SignaturePattern {
   public:
     /// \returns none for a word that does not end with a parameter list.
     static std::optional<SignaturePattern> of(std::string const& word);
 
     /// With `skipScopes` the types on both sides are compared without their scopes.
-    [[nodiscard]] bool fits(zelkor::ast::Function const& function, bool skipScopes) const;
-    /// \returns the word without its parameters.
+    [[nodiscard]] bool fits(zelkor::ast::Function const& function, NameEnds const& ends,
+                            bool skipScopes) const;
+    /// \returns the word without its parameters and without the type of its result.
     [[nodiscard]] std::string const& name() const noexcept { return name_; }
 
   private:

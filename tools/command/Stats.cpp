@@ -1,4 +1,4 @@
-#include "Verbs.hpp"
+#include "Records.hpp"
 
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
@@ -113,12 +113,14 @@ std::string asText(Statistics const& s, bool files) {
     row("total", s.elements, s.bytes);
     std::size_t const headers = static_cast<std::size_t>(
         std::count_if(s.files.begin(), s.files.end(), [](auto const& f) { return f.second; }));
-    out << '\n' << s.units << " units, " << s.files.size() << " files, " << headers << " of them included\n";
+    out << '\n'
+        << counted(s.units, "unit") << ", " << counted(s.files.size(), "file") << ", " << headers
+        << " of them included\n";
     if (InsightCounts const& found = s.insight; found.functions > 0)
-        out << found.functions << " functions with " << found.calls << " calls, " << found.reads
-            << " reads and " << found.writes << " writes; " << found.entryPoints << " are not called, of "
-            << found.addressTaken << " the address is taken, " << found.withAssembler
-            << " hold assembler code\n";
+        out << counted(found.functions, "function") << " with " << counted(found.calls, "call") << ", "
+            << counted(found.reads, "read") << " and " << counted(found.writes, "write") << "; "
+            << found.entryPoints << " are not called, of " << found.addressTaken << " the address is taken, "
+            << found.withAssembler << " hold assembler code\n";
     if (files)
         for (auto const& [path, included] : s.files)
             out << (included ? "  included  " : "  main      ") << path << '\n';

@@ -9,10 +9,12 @@ using brant::zero::ModelElement;
 
 namespace {
 
-/// What a person looks for in a tree; the rest is passed through to what it contains.
+/// What a person looks for in a tree; the rest is passed through to what it contains. Hundreds of macros that
+/// the compiler brings along would hide the few of the sources.
 bool isShown(ModelElement const& element, bool all) {
     if (all || za::Project::cast(element) || za::source::CompilationUnit::cast(element)) return true;
     if (za::types::AggregateType::cast(element) || za::types::EnumType::cast(element)) return true;
+    if (auto const macro = za::Macro::cast(element); macro && macro.getIsPreDef()) return false;
     return hasName(element) && !simpleName(element).empty();
 }
 

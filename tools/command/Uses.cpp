@@ -60,8 +60,7 @@ Row rowOf(ModelElement const& element, Use const& user, za::Variable const& vari
 
 /// Those that do it themselves, then those that call them; and who may do it through a pointer.
 std::vector<Section> usersOf(CallGraph& graph, Insight const& insight, za::Variable const& variable,
-                             Access const& access, unsigned depth) {
-    std::string const name = title(variable);
+                             std::string const& name, Access const& access, unsigned depth) {
     Section section{variable, name + " is " + access.passive + " by"};
     section.nothing = "nothing in the model " + std::string(access.verb) + ' ' + name;
     std::vector<std::size_t> direct;
@@ -88,10 +87,9 @@ std::vector<Section> usersOf(CallGraph& graph, Insight const& insight, za::Varia
 
 /// What a function uses itself, then what the functions that it calls do; and what it may use through a
 /// pointer.
-std::vector<Section> usesOf(CallGraph& graph, za::Function const& function, Access const& access,
-                            unsigned depth) {
+std::vector<Section> usesOf(CallGraph& graph, za::Function const& function, std::string const& name,
+                            Access const& access, unsigned depth) {
     std::size_t const node = graph.node(function);
-    std::string const name = title(function);
     Section section{function, name + ' ' + access.verb};
     section.nothing = graph.use(node).isBodyKnown ? name + ' ' + access.verb + " no variable"
                                                   : "the body of " + name + " is not in the model; what it " +
@@ -104,14 +102,19 @@ std::vector<Section> usesOf(CallGraph& graph, za::Function const& function, Acce
     };
     add(graph.use(node), 1);
     std::size_t unknown = 0;
+    std::vector<std::size_t> left; // whose calls are followed
+    if (depth > 1) left.push_back(node);
     for (CallGraph::Step const& step : graph.reach({node}, true, depth - 1)) {
         add(graph.use(step.edge.node), step.depth + 1);
+        if (step.depth + 1 < depth) left.push_back(step.edge.node);
         unknown += graph.use(step.edge.node).isBodyKnown ? 0 : 1;
     }
     if (unknown > 0)
         section.notes.push_back(
             "of the called functions without a body in the model: " + counted(unknown, "function") +
             "; the " + access.verb + " inside are unknown");
+    notePattern(function, name, section);
+    noteOpenPointers(graph, left, section);
     Section pointers{function, name + " takes the address of, so that it may be " + access.passive +
                                    " through a pointer"};
     for (za::Symbol const& symbol : graph.use(node).points)
@@ -134,11 +137,12 @@ int answerUses(Arguments const& arguments, Access const& access) {
     if (!found.empty()) {
         Insight const insight(ast);
         CallGraph graph(insight, arguments.has("--exact"));
-        for (ModelElement const& element : found) {
-            auto const variable = za::Variable::cast(element);
+        std::vector<std::string> const names = namesOf(found);
+        for (std::size_t i = 0; i < found.size(); ++i) {
+            auto const variable = za::Variable::cast(found[i]);
             std::vector<Section> const answers =
-                variable ? usersOf(graph, insight, variable, access, depth)
-                         : usesOf(graph, za::Function::cast(element), access, depth);
+                variable ? usersOf(graph, insight, variable, names[i], access, depth)
+                         : usesOf(graph, za::Function::cast(found[i]), names[i], access, depth);
             sections.insert(sections.end(), answers.begin(), answers.end());
         }
     }

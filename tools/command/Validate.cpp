@@ -202,8 +202,8 @@ int runValidate(Arguments const& arguments) {
         za::Ast const ast = readModel(path);
         return report(arguments, Validator(ast).run(), ast.getModel().size());
     } catch (brant::zero::io::ParseError const& error) {
-        Place const place{error.getFile().empty() ? "-" : error.getFile(),
-                          static_cast<unsigned>(error.getLine()), static_cast<unsigned>(error.getColumn())};
+        Place const place{error.getFile(), static_cast<unsigned>(error.getLine()),
+                          static_cast<unsigned>(error.getColumn())};
         std::string const expected = error.getExpected().empty() ? "" : ", expected " + error.getExpected();
         return report(
             arguments,

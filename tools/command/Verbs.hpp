@@ -53,9 +53,12 @@ struct Verb {
 
 /// \returns the format that a path's ending or an option names. \throws UsageError for an unknown one.
 [[nodiscard]] zelkor::ast::io::IoFormat formatOf(std::string const& path, std::string const& option);
-/// Reads a model; "-" is standard input, whose format is told by its first character.
+/// Reads a model; "-" is standard input. Without a format the first character tells it, of an empty file and
+/// of a pipe its name.
 [[nodiscard]] zelkor::ast::Ast readModel(std::string const& path, std::string const& format = {});
-/// Writes a model; "-" is standard output.
+/// Looks before long work whether a model can be written. \throws UsageError with the reason when not.
+void requireWritable(std::string const& path);
+/// Writes a model; "-" is standard output. A signal to end waits until a file is whole.
 void writeModel(zelkor::ast::Ast& ast, std::string const& path, zelkor::ast::io::IoFormat format);
 /// \returns the path in the encoding of the library. \throws UsageError when it is no valid UTF-8.
 [[nodiscard]] std::u16string widePath(std::string const& path);

@@ -62,6 +62,9 @@ fs::path locateDatabase(std::string const& path) {
             ": no such compile database; configure with CMAKE_EXPORT_COMPILE_COMMANDS=ON, or build "
             "under `bear -- make`");
     }
+    if (fs::is_directory(database, error))
+        throw ImportError(database.string() +
+                          ": is a folder where a compile database should be; remove it and configure again");
     if (!std::ifstream(database)) throw ImportError(database.string() + ": cannot be read");
     if (fs::file_size(database, error) == 0) {
         throw ImportError(database.string() + ": is empty; configure or build the project again");

@@ -37,6 +37,7 @@ struct ImportOptions {
     std::string resourceDirectory;           // of the front end; empty: the one found when this was built
     std::vector<std::string> extraArguments; // added to each command
     std::string cacheDirectory;              // of units that were read before; empty: each is parsed
+    bool needsCache = true;                  // a cache that cannot be kept is an error, else a warning
     unsigned jobs = 0;                       // threads that parse; 0: one per processor
     Insight insight = Insight::Direct;
     std::atomic<bool> const* cancelled = nullptr;        // read between units; may be set by a signal handler

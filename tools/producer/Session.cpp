@@ -19,7 +19,16 @@ Session::Session(ImportOptions const& options, std::vector<CompileCommand> comma
     for (CompileCommand const& foreign : takeForeignCommands(commands_))
         leftOut_.push_back(unitPath(foreign, paths_));
     if (commands_.empty()) throw ImportError(options.database + ": names no unit of C or C++");
-    if (!options.cacheDirectory.empty()) cache_.emplace(options.cacheDirectory);
+    if (!options.cacheDirectory.empty()) openCache(options);
+}
+
+void Session::openCache(ImportOptions const& options) {
+    try {
+        cache_.emplace(options.cacheDirectory);
+    } catch (ImportError const& error) {
+        if (options.needsCache) throw;
+        warnings_.emplace_back(error.what());
+    }
 }
 
 UnitFacts Session::read(std::size_t number) {
@@ -39,6 +48,7 @@ UnitHead Session::head(std::size_t number, UnitFacts const& facts) const {
 
 void Session::finish(ImportResult& result) {
     result.leftOut = leftOut_;
+    result.warnings.insert(result.warnings.end(), warnings_.begin(), warnings_.end());
     if (!cache_) return;
     cache_->prune();
     result.unchangedUnits = cache_->hits();

@@ -31,8 +31,11 @@ class Session {
     void finish(ImportResult& result);
 
   private:
+    void openCache(ImportOptions const& options);
+
     std::vector<CompileCommand> commands_;
     std::vector<std::string> leftOut_;
+    std::vector<std::string> warnings_;
     ParserSettings settings_;
     ProjectPaths paths_;
     std::optional<UnitCache> cache_;

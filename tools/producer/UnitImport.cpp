@@ -20,6 +20,11 @@ CompileCommand commandOf(std::string const& file, std::vector<std::string> argum
     CompileCommand command;
     command.directory = fs::current_path().string();
     command.file = fs::absolute(file).lexically_normal().string();
+    for (std::string const& argument : arguments)
+        if (argument.starts_with('@'))
+            throw ImportError(
+                argument +
+                ": response files are read for compile databases only; give the arguments that are in it");
     if (arguments.empty() || arguments.front().starts_with('-')) arguments.insert(arguments.begin(), "cc");
     bool const isNamed =
         std::any_of(arguments.begin() + 1, arguments.end(), [&](std::string const& argument) {

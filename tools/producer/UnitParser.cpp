@@ -78,9 +78,9 @@ bool takeRejectedOption(std::string const& text, UnitFacts& facts) {
     return false;
 }
 
-void readDiagnostics(CXTranslationUnit unit, UnitFacts& facts) {
-    for (unsigned i = 0, count = clang_getNumDiagnostics(unit); i < count; ++i) {
-        ClangDiagnostic const handle(clang_getDiagnostic(unit, i));
+void readDiagnostics(SourceIndex& sources, UnitFacts& facts) {
+    for (unsigned i = 0, count = clang_getNumDiagnostics(sources.unit()); i < count; ++i) {
+        ClangDiagnostic const handle(clang_getDiagnostic(sources.unit(), i));
         Diagnostic diagnostic;
         diagnostic.severity = severityOf(clang_getDiagnosticSeverity(handle.get()));
         diagnostic.text = toText(clang_getDiagnosticSpelling(handle.get()));
@@ -88,7 +88,7 @@ void readDiagnostics(CXTranslationUnit unit, UnitFacts& facts) {
         clang_getFileLocation(clang_getDiagnosticLocation(handle.get()), &file, &diagnostic.line,
                               &diagnostic.column, nullptr);
         if (!file && takeRejectedOption(diagnostic.text, facts)) continue;
-        if (file) diagnostic.file = toText(clang_getFileName(file));
+        if (file) diagnostic.file = sources.file(file).path; // the command names it from its own folder
         facts.diagnostics.push_back(std::move(diagnostic));
     }
 }
@@ -113,14 +113,17 @@ Parsed parse(CXIndex index, std::vector<std::string> const& arguments) {
 
 // Some values that another compiler takes make the front end refuse the whole command, and it does not tell
 // which. None of these decides much of what the unit declares.
-constexpr std::array<std::string_view, 3> suspects{"-m", "-std=", "-traditional"};
+// Each kind is left out by itself, then, for the empty prefix, all of them.
+constexpr std::array<std::string_view, 4> suspects{"-m", "-std=", "-traditional", ""};
 
 std::vector<std::string> takeSuspects(std::vector<std::string>& arguments, std::string_view prefix) {
     static constexpr std::array<std::string_view, 3> sizes{"-m32", "-m64", "-mx32"}; // of types, so they stay
     std::vector<std::string> taken;
     std::erase_if(arguments, [&](std::string const& argument) {
-        bool const isTaken =
-            argument.starts_with(prefix) && std::find(sizes.begin(), sizes.end(), argument) == sizes.end();
+        auto const startsWith = [&](std::string_view start) { return argument.starts_with(start); };
+        bool const isSuspect = prefix.empty() ? std::any_of(suspects.begin(), suspects.end() - 1, startsWith)
+                                              : startsWith(prefix);
+        bool const isTaken = isSuspect && std::find(sizes.begin(), sizes.end(), argument) == sizes.end();
         if (isTaken) taken.push_back(argument);
         return isTaken;
     });
@@ -146,10 +149,8 @@ void readInputs(SourceIndex& sources, UnitFacts& facts) {
         &reader);
 }
 
-void readUnit(CXTranslationUnit unit, CompileCommand const& command, ProjectPaths const& paths,
-              bool wantsUses, UnitFacts& facts) {
-    SourceIndex sources(unit, paths);
-    CXCursor const root = clang_getTranslationUnitCursor(unit);
+void readUnit(SourceIndex& sources, CompileCommand const& command, bool wantsUses, UnitFacts& facts) {
+    CXCursor const root = clang_getTranslationUnitCursor(sources.unit());
     PreprocessorReader preprocessor(sources, facts);
     preprocessor.readFiles();
     visitChildren(root, [&](CXCursor cursor) {
@@ -232,8 +233,9 @@ UnitFacts parseUnit(CompileCommand const& command, ParserSettings const& setting
         describeError(parsed.result, facts);
         return facts;
     }
-    readDiagnostics(parsed.unit.get(), facts);
-    readUnit(parsed.unit.get(), command, paths, settings.wantsUses, facts);
+    SourceIndex sources(parsed.unit.get(), paths);
+    readDiagnostics(sources, facts);
+    readUnit(sources, command, settings.wantsUses, facts);
     return facts;
 }
 
