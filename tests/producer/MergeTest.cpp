@@ -149,6 +149,19 @@ TEST(Merge, TentativeDefinitionsGiveWay) {
     }
 }
 
+TEST(Merge, TheFirstReadableUnitGivesTheTarget) {
+    TemporaryDirectory const directory;
+    directory.write("a.c", "int a;\n");
+    ProjectFacts facts;
+    facts.add(parse("nowhere.c", {}, directory.path()));
+    facts.add(parse("a.c", {"-m32"}, directory.path()));
+    EXPECT_EQ(facts.target().pointerBits, 32U);
+    EXPECT_FALSE(facts.hasMixedTargets());
+    facts.add(parse("a.c", {"-m64"}, directory.path()));
+    EXPECT_EQ(facts.target().pointerBits, 32U);
+    EXPECT_TRUE(facts.hasMixedTargets());
+}
+
 TEST(Merge, FilesUniteTheirFlagsAndIncludes) {
     TemporaryDirectory const directory;
     directory.write("one.h", "");

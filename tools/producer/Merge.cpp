@@ -145,11 +145,8 @@ void ProjectFacts::add(UnitFacts&& unit) {
     merged.file = unit.file;
     merged.language = unit.language;
     if (!unit.failure.empty()) return;
-    if (number == 0) {
-        target_ = unit.target;
-    } else if (!(target_ == unit.target)) {
-        hasMixedTargets_ = true;
-    }
+    if (!target_) target_ = unit.target;
+    hasMixedTargets_ |= !(*target_ == unit.target);
     keepApart(unit);
     for (FileFact& file : unit.files) {
         merged.files.push_back(file.id);

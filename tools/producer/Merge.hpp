@@ -4,6 +4,7 @@
 #include "Facts.hpp"
 
 #include <map>
+#include <optional>
 #include <set>
 #include <tuple>
 #include <unordered_map>
@@ -46,7 +47,8 @@ class ProjectFacts {
 
     std::vector<MergedUnit> const& units() const { return units_; }
     std::deque<FileFact> const& files() const { return files_; }
-    TargetFacts const& target() const { return target_; }
+    // Of the first unit that could be read.
+    TargetFacts target() const { return target_.value_or(TargetFacts()); }
     std::vector<Variant> const& variants() const { return variants_; }
     // In the order of emission: by containing unit, then as in its source. Gives away the entities.
     std::vector<MergedEntity*> entities();
@@ -72,7 +74,7 @@ class ProjectFacts {
 
     std::vector<MergedUnit> units_;
     std::unordered_set<Id, IdHash> mainFiles_;
-    TargetFacts target_;
+    std::optional<TargetFacts> target_;
     bool hasMixedTargets_ = false;
     std::deque<FileFact> files_;
     std::unordered_map<Id, FileFact*, IdHash> fileTable_;
