@@ -133,6 +133,10 @@ class ImportTest(CommandTest):
         self.assertIn("Macro AREA", out)
         self.assertNotIn("__cplusplus", out)
         self.assertIn("__cplusplus", self.ask("tree", "--all")[1])
+        _, out, _ = self.ask("list")
+        self.assertIn("AREA", out)
+        self.assertNotIn("__cplusplus", out)
+        self.assertIn("__cplusplus", self.ask("list", "-k", "Macro")[1])
 
     def test_the_file_is_valid(self):
         code, out, err = self.run_command("validate", self.path("real.json"))

@@ -179,7 +179,8 @@ class Cache(UnitsTest):
             out.write(text)
 
     def damage(self, change):
-        path = self.entries()[-1]
+        # Of the three that the last import used: one of a former command may be as large.
+        path = max(sorted(self.entries(), key=lambda entry: os.stat(entry).st_mtime_ns)[-3:], key=os.path.getsize)
         content = read(path)
         with open(path, "wb") as file:
             file.write(change(content))
@@ -316,6 +317,7 @@ class Trouble(UnitsTest):
                 (["import", "--unit", "plain.c", "-o", "o.zku", "--", "@args"], "@args: response files"),
                 (["import", "-p", ".", "-o", "nowhere/m.json"], "there is no folder"),
                 (["merge", "units", "-o", "empty"], "empty: is a folder"),
+                (["import", "-p", ".", "-o", "all.zku"], "a unit file is of one unit"),
                 (["import", "-p", ".", "-o", "m.json", "--error-limit=-1"], "needs a number from 0 to 4294967295"),
                 (["import", "-p", ".", "-o", "m.json", "--progress=loud"], "unknown mode of progress 'loud'")]
         for words, reason in rows:
@@ -328,6 +330,8 @@ class Trouble(UnitsTest):
             self.zelkor("import", "-p", ".", "--unit", file, "-o", "units/", "--fail-on-error", code=code)
         self.zelkor("merge", "units", "-o", "merged.json", "--fail-on-error", code=3)
         self.zelkor("import", "-p", ".", "-o", "model.json", "--fail-on-error", code=3)
+        self.database([("nowhere.cpp", "")])
+        self.zelkor("import", "-p", ".", "-o", "model.json", code=3)
 
     def test_an_interrupt_leaves_nothing(self):
         self.database([("first.cpp", f"-DNUMBER={number}") for number in range(200)])

@@ -9,8 +9,8 @@ namespace zelkor::command {
 namespace {
 
 constexpr char const* exitCodes =
-    "0 done; 1 nothing found, or faults found by validate; 2 wrong usage or input; 3 units failed (import "
-    "--fail-on-error); 130 interrupted";
+    "0 done; 1 nothing found, or faults found by validate; 2 wrong usage or input; 3 import read no "
+    "unit, or not all with --fail-on-error; 130 interrupted";
 
 std::string withOperands(Verb const& verb) {
     std::string const operands = verb.operands;

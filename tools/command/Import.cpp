@@ -64,6 +64,9 @@ std::string requireOutput(Arguments const& arguments) {
 template <class Fill>
 int writeImport(Arguments const& arguments, char const* done, Fill fill) {
     std::string const out = requireOutput(arguments);
+    if (out.ends_with(".zku"))
+        throw UsageError(out +
+                         ": a unit file is of one unit; give --unit SOURCE, or name a model .json or .xml");
     auto const format = formatOf(out, arguments.value("--format"));
     requireWritable(out); // before the work, which may take long
     ReportOptions const report = reportOptions(arguments);
@@ -76,6 +79,8 @@ int writeImport(Arguments const& arguments, char const* done, Fill fill) {
     writeModel(ast, out, format);
     printReport(result, done, report);
     if (!report.isQuiet) printRoot(result);
+    // A model of nothing is no success, whoever goes on with it.
+    if (result.countUnits(producer::UnitState::Failed) == result.units.size()) return UnitsFailed;
     return exitCodeOf(result, arguments.has("--fail-on-error"));
 }
 

@@ -28,7 +28,7 @@ class Filter {
     /// `root` is what the element was found in; null for the model.
     [[nodiscard]] bool takes(ModelElement const& element, ModelElement const& root) const {
         return hasName(element) && !simpleName(element).empty() &&
-               (!class_ || meta::isSubclassOf(element.getMetaClass(), class_)) &&
+               (class_ ? meta::isSubclassOf(element.getMetaClass(), class_) : !isPredefined(element)) &&
                (file_.empty() || isPathOf(file_, placeOf(element).path)) &&
                (foreign_ || !isForeign(element)) && (locals_ || !isLocal(element, root));
     }

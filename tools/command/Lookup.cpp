@@ -133,6 +133,11 @@ void forEachElement(za::Ast const& ast, std::function<void(ModelElement const&)>
         forEachBelow(root, visit);
 }
 
+bool isPredefined(ModelElement const& element) {
+    auto const macro = za::Macro::cast(element);
+    return macro && macro.getIsPreDef();
+}
+
 bool hasName(ModelElement const& element) {
     return za::Symbol::cast(element) || za::Namespace::cast(element) || za::Macro::cast(element);
 }

@@ -53,6 +53,8 @@ int reportMissing(std::string const& word, Lookup const& lookup);
 /// from `root`, or from the model when that is null.
 [[nodiscard]] bool isLocal(brant::zero::ModelElement const& element,
                            brant::zero::ModelElement const& root = {});
+/// \returns whether it is one of the hundreds of macros that the front end defines by itself.
+bool isPredefined(brant::zero::ModelElement const& element);
 /// \returns whether the element is a symbol, a namespace or a macro.
 [[nodiscard]] bool hasName(brant::zero::ModelElement const& element);
 /// \returns the simple name of a symbol, namespace or macro, or an empty text.

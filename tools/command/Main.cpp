@@ -131,7 +131,8 @@ std::vector<Verb> const& verbs() {
          "List what has a name in columns: place, class, name. Parameters and what stands inside of "
          "functions are left out.",
          withReply(
-             {{"--class", "-k", "CLASS", "of this class or a subclass; also Namespace and Macro"},
+             {{"--class", "-k", "CLASS",
+               "of this class or a subclass; also Namespace and Macro, predefined ones included"},
               {"--file", nullptr, "PATH", "in this file or folder; the end of a path will do"},
               {"--in", nullptr, "NAME", "inside of this namespace, class or function"},
               {"--locals", nullptr, nullptr, "also parameters and what stands inside of functions"},

@@ -14,7 +14,7 @@ namespace {
 bool isShown(ModelElement const& element, bool all) {
     if (all || za::Project::cast(element) || za::source::CompilationUnit::cast(element)) return true;
     if (za::types::AggregateType::cast(element) || za::types::EnumType::cast(element)) return true;
-    if (auto const macro = za::Macro::cast(element); macro && macro.getIsPreDef()) return false;
+    if (isPredefined(element)) return false;
     return hasName(element) && !simpleName(element).empty();
 }
 
