@@ -3,6 +3,7 @@
 #include "DeclarationReader.hpp"
 #include "Target.hpp"
 
+#include <boost/uuid/uuid_io.hpp>
 #include <gtest/gtest.h>
 
 namespace zelkor::producer::test {
@@ -105,6 +106,16 @@ TEST(Identity, FamiliesKeysAndPartsDoNotCollide) {
     EXPECT_NE(makeId(owner, "parameter", 1), makeId(owner, "parameter", 11));
     EXPECT_NE(makeId(owner, "parameter", 1), makeId(owner, "argument", 1));
     EXPECT_EQ(owner.version(), boost::uuids::uuid::version_name_based_sha1);
+}
+
+// Models that were imported at different times are compared by identities.
+TEST(Identity, StaysWhatItEverWas) {
+    Id const owner = makeId("function", "c:@F@f");
+    EXPECT_EQ(boost::uuids::to_string(owner), "99e587c0-b53e-56b2-b89b-1971015ded28");
+    EXPECT_EQ(boost::uuids::to_string(makeId(owner, "parameter", 11)),
+              "53d69568-008d-574f-80d8-c9308881a158");
+    EXPECT_EQ(boost::uuids::to_string(makeId("type", std::string(200, 'x'))),
+              "27e153b3-8000-5e58-966e-10d787268fd2");
 }
 
 } // namespace

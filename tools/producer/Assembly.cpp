@@ -51,24 +51,25 @@ void reportUnit(UnitFacts const& facts, ImportResult& result) {
     result.units.push_back(std::move(unit));
 }
 
-Assembly::Assembly(zelkor::ast::Ast& ast, ImportOptions const& options) : ast_(ast), options_(options) {
+Assembly::Assembly(zelkor::ast::Ast& ast, ImportOptions const& options)
+    : ast_(ast), options_(options), facts_(std::make_shared<ProjectFacts>()) {
     if (ast.getModel().size() != 0) throw ImportError("the model is not empty; import into a new one");
 }
 
 bool Assembly::add(UnitFacts&& unit, std::size_t unitsTotal) {
     if (isCancelled()) return false;
     reportUnit(unit, result_);
-    facts_.add(std::move(unit));
+    facts_->add(std::move(unit));
     if (options_.progress) options_.progress({result_.units.size(), unitsTotal, result_.units.back().file});
     return true;
 }
 
 void Assembly::reportVariants() {
-    for (Variant const& variant : facts_.variants()) {
-        result_.variants.push_back({variant.name, placeText(facts_, variant.kept),
-                                    placeText(facts_, variant.dropped), variant.reason});
+    for (Variant const& variant : facts_->variants()) {
+        result_.variants.push_back({variant.name, placeText(*facts_, variant.kept),
+                                    placeText(*facts_, variant.dropped), variant.reason});
     }
-    if (facts_.hasMixedTargets()) {
+    if (facts_->hasMixedTargets()) {
         result_.warnings.push_back(
             "the units are for different targets; the sizes of types are those of the first unit");
     }
@@ -78,12 +79,13 @@ ImportResult Assembly::finish() {
     if (!isCancelled()) {
         reportVariants();
         brant::zero::Transaction transaction = ast_.getModel().beginTransaction();
-        Emitter emitter(ast_, facts_);
+        Emitter emitter(ast_, *facts_);
         emitter.emit(options_.insight);
         if (!isCancelled()) transaction.commit();
         result_.created = emitter.created();
     }
     result_.isCancelled = isCancelled();
+    result_.workspace = facts_;
     return std::move(result_);
 }
 

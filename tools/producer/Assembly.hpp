@@ -4,6 +4,8 @@
 #include "Merge.hpp"
 #include "Producer.hpp"
 
+#include <memory>
+
 namespace zelkor::producer {
 
 class Assembly {
@@ -22,7 +24,7 @@ class Assembly {
 
     zelkor::ast::Ast& ast_;
     ImportOptions const& options_;
-    ProjectFacts facts_;
+    std::shared_ptr<ProjectFacts> facts_; // shared with the result
     ImportResult result_;
 };
 

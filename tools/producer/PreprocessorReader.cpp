@@ -22,6 +22,14 @@ class Tokens {
     unsigned size() const { return count_; }
     CXTokenKind kind(unsigned i) const { return clang_getTokenKind(tokens_[i]); }
     std::string text(unsigned i) const { return toText(clang_getTokenSpelling(unit_, tokens_[i])); }
+    // Without a copy of the text, which most tokens of a file are not worth.
+    bool isText(unsigned i, std::string_view wanted) const {
+        CXString const spelling = clang_getTokenSpelling(unit_, tokens_[i]);
+        char const* const bytes = clang_getCString(spelling);
+        bool const isSame = bytes && wanted == bytes;
+        clang_disposeString(spelling);
+        return isSame;
+    }
     CXSourceRange extent(unsigned i) const { return clang_getTokenExtent(unit_, tokens_[i]); }
     CXSourceLocation start(unsigned i) const { return clang_getTokenLocation(unit_, tokens_[i]); }
 
@@ -55,14 +63,13 @@ std::set<std::string> namesOfOption(std::vector<std::string> const& arguments, s
     return names;
 }
 
-std::set<unsigned> skippedLines(CXTranslationUnit unit, CXFile file) {
-    std::set<unsigned> lines;
+// Pairs of the first line and the one after the last.
+std::vector<std::pair<unsigned, unsigned>> skippedLines(CXTranslationUnit unit, CXFile file) {
+    std::vector<std::pair<unsigned, unsigned>> lines;
     CXSourceRangeList* const list = clang_getSkippedRanges(unit, file);
-    for (unsigned i = 0; list && i < list->count; ++i) {
-        unsigned const last = lineOf(clang_getRangeEnd(list->ranges[i]));
-        for (unsigned line = lineOf(clang_getRangeStart(list->ranges[i])); line < last; ++line)
-            lines.insert(line);
-    }
+    for (unsigned i = 0; list && i < list->count; ++i)
+        lines.emplace_back(lineOf(clang_getRangeStart(list->ranges[i])),
+                           lineOf(clang_getRangeEnd(list->ranges[i])));
     clang_disposeSourceRangeList(list);
     return lines;
 }
@@ -209,19 +216,22 @@ void PreprocessorReader::readTokens(CXFile file, FileFact& fact) {
         clang_getRange(clang_getLocationForOffset(unit, file, 0),
                        clang_getLocationForOffset(unit, file, static_cast<unsigned>(size)));
     Tokens const tokens(unit, all);
-    std::set<unsigned> const skipped = skippedLines(unit, file);
+    auto const skipped = skippedLines(unit, file);
+    auto const isSkipped = [&skipped](unsigned line) {
+        return std::any_of(skipped.begin(), skipped.end(),
+                           [line](auto const& range) { return range.first <= line && line < range.second; });
+    };
     for (unsigned i = 0; i < tokens.size(); ++i) {
         if (tokens.kind(i) == CXToken_Comment) {
-            if (auto const range = sources_.range(tokens.extent(i))) {
-                fact.comments.push_back({*range, std::string(sources_.text(tokens.extent(i)))});
-            }
+            if (auto const excerpt = sources_.excerpt(tokens.extent(i)))
+                fact.comments.push_back({excerpt->range, std::string(excerpt->text)});
             continue;
         }
         if (tokens.kind(i) != CXToken_Identifier || i < 1 || i + 1 >= tokens.size()) continue;
-        if (tokens.text(i) != "undef" || tokens.text(i - 1) != "#") continue;
-        if (!skipped.contains(lineOf(tokens.start(i)))) {
+        if (tokens.kind(i - 1) != CXToken_Punctuation || !tokens.isText(i, "undef")) continue;
+        if (!tokens.isText(i - 1, "#")) continue;
+        if (!isSkipped(lineOf(tokens.start(i))))
             addUndefinition(tokens.text(i + 1), sources_.position(tokens.start(i + 1)), false);
-        }
     }
 }
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -83,6 +84,9 @@ struct ImportResult {
     std::vector<std::string> notes;    // of the cache
     std::size_t unchangedUnits = 0;    // that were taken from the cache
     bool isCancelled = false;
+    // What the model was made from. Freeing it takes a while, which a process that ends soon can spare
+    // itself.
+    std::shared_ptr<void const> workspace;
 
     std::size_t countUnits(UnitState state) const;
 };

@@ -71,35 +71,50 @@ bool SourceIndex::inProject(CXCursor cursor) {
     return info && info->inProject;
 }
 
+SourceIndex::Place SourceIndex::place(CXSourceLocation location) {
+    Place place;
+    clang_getFileLocation(location, &place.handle, &place.position.line, &place.position.column,
+                          &place.offset);
+    return place;
+}
+
 std::optional<Position> SourceIndex::position(CXSourceLocation location) {
-    CXFile handle = nullptr;
-    Position position;
-    clang_getFileLocation(location, &handle, &position.line, &position.column, nullptr);
-    if (!handle) return std::nullopt;
-    position.file = file(handle).id;
-    return position;
+    Place found = place(location);
+    if (!found.handle) return std::nullopt;
+    found.position.file = file(found.handle).id;
+    return found.position;
 }
 
 std::optional<Range> SourceIndex::range(CXSourceRange extent) {
-    std::optional<Position> const start = position(clang_getRangeStart(extent));
-    std::optional<Position> end = position(clang_getRangeEnd(extent));
-    if (!start || !end) return std::nullopt;
+    return rangeBetween(place(clang_getRangeStart(extent)), place(clang_getRangeEnd(extent)));
+}
+
+std::optional<SourceIndex::Excerpt> SourceIndex::excerpt(CXSourceRange extent) {
+    Place const start = place(clang_getRangeStart(extent));
+    Place const end = place(clang_getRangeEnd(extent));
+    std::optional<Range> const range = rangeBetween(start, end);
+    if (!range) return std::nullopt;
+    return Excerpt{*range, textBetween(start, end)};
+}
+
+std::optional<Range> SourceIndex::rangeBetween(Place start, Place end) {
+    if (!start.handle || !end.handle) return std::nullopt;
+    start.position.file = file(start.handle).id;
+    end.position.file = file(end.handle).id;
     // The front end's end is the column after the last character; a comment may end with its line.
-    if (end->column > 1) --end->column;
-    return Range{*start, *end};
+    if (end.position.column > 1) --end.position.column;
+    return Range{start.position, end.position};
 }
 
 std::string_view SourceIndex::text(CXSourceRange extent) {
-    CXFile first = nullptr;
-    CXFile last = nullptr;
-    unsigned begin = 0;
-    unsigned end = 0;
-    clang_getFileLocation(clang_getRangeStart(extent), &first, nullptr, nullptr, &begin);
-    clang_getFileLocation(clang_getRangeEnd(extent), &last, nullptr, nullptr, &end);
-    if (!first || first != last) return {};
-    std::string_view const all = contents(first);
-    if (begin > end || end > all.size()) return {};
-    return all.substr(begin, end - begin);
+    return textBetween(place(clang_getRangeStart(extent)), place(clang_getRangeEnd(extent)));
+}
+
+std::string_view SourceIndex::textBetween(Place const& start, Place const& end) {
+    if (!start.handle || start.handle != end.handle) return {};
+    std::string_view const all = contents(start.handle);
+    if (start.offset > end.offset || end.offset > all.size()) return {};
+    return all.substr(start.offset, end.offset - start.offset);
 }
 
 std::string_view SourceIndex::contents(CXFile file) {

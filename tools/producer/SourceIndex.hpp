@@ -51,12 +51,27 @@ class SourceIndex {
     std::optional<Position> position(CXCursor cursor) { return position(clang_getCursorLocation(cursor)); }
     // From the first to the last character, unlike the front end's ranges.
     std::optional<Range> range(CXSourceRange extent);
+    // Both, for the price of the range: the front end takes its time to find a place.
+    struct Excerpt {
+        Range range;
+        std::string_view text;
+    };
+    std::optional<Excerpt> excerpt(CXSourceRange extent);
     // The text as it stands in the file, empty when the range begins and ends in different ones.
     std::string_view text(CXSourceRange extent);
 
     std::string_view contents(CXFile file);
 
   private:
+    struct Place {
+        CXFile handle = nullptr;
+        Position position;
+        unsigned offset = 0;
+    };
+    static Place place(CXSourceLocation location);
+    std::optional<Range> rangeBetween(Place start, Place end);
+    std::string_view textBetween(Place const& start, Place const& end);
+
     CXTranslationUnit unit_;
     ProjectPaths const& paths_;
     std::unordered_map<CXFile, FileInfo> files_;

@@ -1,5 +1,7 @@
 #include "UseRecorder.hpp"
 
+#include <boost/functional/hash.hpp>
+
 #include <algorithm>
 #include <iterator>
 #include <tuple>
