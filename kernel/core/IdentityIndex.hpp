@@ -1,4 +1,5 @@
-/// The table from identities to elements of one model: open addressing, one pointer an entry.
+/// The table from identities to elements of one model: open addressing, a pointer and 32 bits of the hash an
+/// entry.
 #pragma once
 
 #include "brant/zero/ModelElement.hpp"
@@ -19,10 +20,11 @@ class ZELKOR_API IdentityIndex {
     void erase(ModelElementImpl const* element) noexcept;
 
   private:
-    [[nodiscard]] std::size_t home(boost::uuids::uuid const& uuid) const noexcept;
     void grow(std::size_t capacity);
+    void place(ModelElementImpl* element, std::uint32_t hash) noexcept;
 
     std::vector<ModelElementImpl*> slots_; ///< a power of two, at most two thirds full
+    std::vector<std::uint32_t> hashes_;    ///< of the slots' elements, 0 where there is none
     std::size_t used_ = 0;
     bool built_ = false;
 };
