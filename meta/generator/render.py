@@ -11,6 +11,7 @@ from __future__ import annotations
 import argparse
 import sys
 import textwrap
+from collections.abc import Callable, Iterable
 from pathlib import Path
 
 import jinja2
@@ -269,7 +270,8 @@ def short_name(c: Class, root: str) -> str:
     return c.dotted.removeprefix(prefix)
 
 
-def make_environment() -> jinja2.Environment:
+def make_environment(functions: Iterable[Callable]) -> jinja2.Environment:
+    """What the templates see: these functions by their names."""
     env = jinja2.Environment(
         loader=jinja2.FileSystemLoader(Path(__file__).parent / "templates"),
         undefined=jinja2.StrictUndefined,
@@ -277,13 +279,18 @@ def make_environment() -> jinja2.Environment:
         lstrip_blocks=True,
         keep_trailing_newline=True,
     )
-    for function in (
+    env.globals.update({function.__name__: function for function in functions})
+    return env
+
+
+def model_environment() -> jinja2.Environment:
+    """That of the C++ templates."""
+    env = make_environment((
         native, element_type, collection_type, field_name, is_text, argument_type, result_type, field_order,
         builder_fields, builder_type, setter, value_kind, flags, own_row, row_ref, facts, comment, targets, value_types,
         term_type, cpp_string, short_name, operation_result, parameters, argument_facts, invoker, static_call, owned,
         upper_first, mi_namespace,
-    ):
-        env.globals[function.__name__] = function
+    ))
     env.globals["property_kinds"] = PROPERTY_KINDS
     return env
 
@@ -310,7 +317,7 @@ class Output:
 def render(schema: Schema, out: Output, root: str, package_class: str, package_header: str, body: str,
            body_header: str) -> None:
     """`root` is the folder of the public headers; `body` the C++ base of the topmost bodies."""
-    env = make_environment()
+    env = model_environment()
     common = {
         "schema": schema,
         "root": root,

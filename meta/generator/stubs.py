@@ -14,10 +14,8 @@ import re
 import sys
 from pathlib import Path
 
-import jinja2
-
 import schema as schemas
-from render import Output, facts
+from render import Output, facts, make_environment
 from schema_model import Class, Operation, Package, Property, Schema
 
 PYTHON_TYPES = {
@@ -136,18 +134,10 @@ def documented(schema: Schema) -> dict[str, str]:
 
 
 def render(schema: Schema, out: Output) -> None:
-    environment = jinja2.Environment(
-        loader=jinja2.FileSystemLoader(Path(__file__).parent / "templates"),
-        undefined=jinja2.StrictUndefined,
-        trim_blocks=True,
-        lstrip_blocks=True,
-        keep_trailing_newline=True,
-    )
-    for function in (
+    environment = make_environment((
         identifier, snake, module_of, python_type, descriptor, accepted, settable, owning, methods, result, parameters,
         names, imports,
-    ):
-        environment.globals[function.__name__] = function
+    ))
     template = environment.get_template("Stub.pyi.jinja")
     modules = {module_of(p) for p in schema.packages}
     for package in schema.packages:
