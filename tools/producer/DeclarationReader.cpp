@@ -340,11 +340,14 @@ void DeclarationReader::declareTemplate(CXCursor cursor) {
 }
 
 // Variable templates have no cursor kind of their own, and neither have empty declarations and the like. Nor
-// have their instantiations, which stand where the template does and differ from it only in the unified id.
+// have their instantiations, which stand where the template does and differ from it only in the unified id;
+// those of partial specialisations say so.
 void DeclarationReader::declareUnexposed(CXCursor cursor) {
     std::string const name = nameOf(cursor);
     if (name.empty() || !sources_.text(clang_getCursorExtent(cursor)).starts_with("template")) return;
-    if (toText(clang_getCursorUSR(cursor)).find("@" + name + ">#") == std::string::npos) meet(cursor);
+    std::string const usr = toText(clang_getCursorUSR(cursor));
+    bool const hasArguments = usr.find("@" + name + ">#") != std::string::npos;
+    if (!hasArguments || usr.find("@VP>") != std::string::npos) meet(cursor);
 }
 
 void DeclarationReader::declareLambda(CXCursor cursor) {
