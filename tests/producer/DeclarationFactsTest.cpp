@@ -1,7 +1,9 @@
 // What the front end knows of declarations must arrive in the facts.
 #include "FactsSupport.hpp"
+#include "MangledNames.hpp"
 
 #include <algorithm>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -434,6 +436,45 @@ TEST_F(DeclarationFacts, AliasesAndWrittenArguments) {
             arguments.push_back(argumentText(modern, *find(type.parameters[i])));
     }
     EXPECT_EQ(arguments, (std::vector<std::string>{"parameter (Depth > 2)", "Path, int, int -3"}));
+}
+
+TEST_F(DeclarationFacts, ArgumentsThatNoTypeShowsComeFromMangledNames) {
+    UnitFacts const modern = parse("modern.cpp", {"-std=c++20"});
+    std::multiset<std::string> arguments;
+    for (Entity const& entity : modern.entities) {
+        bool const isAsked = entity.name == "is" || entity.name == "all" || entity.name == "of";
+        if (isAsked && entity.kind == EntityKind::Method && !entity.isPrototype)
+            arguments.insert(entity.name + ' ' + argumentText(modern, entity));
+    }
+    EXPECT_EQ(arguments, (std::multiset<std::string>{
+                             "all char, pack, Outer, long", "is bool", "is pointer(const(ulong))",
+                             "is ref(Holder)", "is opaque raw::Cell<raw::Cell<int>>", "of int -3, void"}));
+}
+
+TEST(MangledNames, AreTakenApart) {
+    struct Row {
+        char const* readable;
+        char const* name;
+        std::vector<std::string> arguments;
+    };
+    for (Row const& row : {
+             Row{"bool A::is<bool>() const", "is", {"bool"}},
+             Row{"void A<int>::is<B<char, 3>, -1>(C<int>)", "is", {"B<char, 3>", "-1"}},
+             Row{"void (*A::is<int>(char))(long)", "is", {"int"}},
+             Row{"A::is A::is<A::is>(A::is<int>)", "is", {"A::is"}},
+             Row{"int A::operator()<char>(int) const", "operator()", {"char"}},
+             Row{"int A::operator<< <char, void (*)(int, char)>(int)",
+                 "operator<<",
+                 {"char", "void (*)(int, char)"}},
+             Row{"int A::is[abi:v1]<(n::E)2, (char)97>()", "is", {"(n::E)2", "(char)97"}},
+             Row{"A<int>::A<char, void>(char)", "A", {"char", "void"}},
+             Row{"int f(int)::{lambda(auto:1)#1}::operator()<int>(int) const", "operator()", {"int"}},
+             Row{"int A::is<B<B<int> > >(int)", "is", {"B<B<int>>"}},
+             Row{"int A::is<>(int)", "is", {}},
+             Row{"int A::is(B<int>)", "is", {}},
+             Row{"A::data", "data", {}},
+         })
+        EXPECT_EQ(readableArguments(row.readable, row.name), row.arguments) << row.readable;
 }
 
 TEST_F(DeclarationFacts, OverloadsThatDifferInConstraintsStayApart) {

@@ -49,6 +49,20 @@ std::string readable(std::string const& mangled) {
     return result;
 }
 
+// Without the qualifiers that stand outermost, and that no caller sees.
+types::Type passedType(types::Type type) {
+    for (types::Type next = type; next;) {
+        if (auto const qualified = types::QualifiedType::cast(next)) {
+            next = type = qualified.getType();
+        } else if (auto const alias = types::TypedefType::cast(next)) {
+            next = alias.getType();
+        } else {
+            break;
+        }
+    }
+    return type;
+}
+
 // The name and the parameter types that a mangled name holds, with typedefs expanded as there.
 std::string expandedText(za::Function const& function) {
     auto const type = types::FunctionType::cast(function.getType());
@@ -59,7 +73,7 @@ std::string expandedText(za::Function const& function) {
         if (function.getIsTemplate() && type.getRetType())
             text = types::Type::generateTypeName(type.getRetType(), "", true) + " " + text;
         for (types::Type const& parameter : type.getParamTypes()) {
-            text += separator + types::Type::generateTypeName(parameter, "", true);
+            text += separator + types::Type::generateTypeName(passedType(parameter), "", true);
             separator = ", ";
         }
         if (type.getIsVariadic()) text += separator + "...";
@@ -116,6 +130,8 @@ void FrontEndWalk::compareQualifiedName(CXCursor cursor, za::Function const& fun
     std::string theirs = mangled.starts_with("_Z") ? readable(mangled) : mangled;
     if (theirs.empty()) return;
     bool const isMangled = theirs != mangled;
+    // Of what has the linkage of C the linker's name has no scopes.
+    if (!isMangled) theirs = ownerText(cursor) + theirs;
     // The model has member functions of unions as functions, which cannot be const.
     bool const isInUnion = clang_getCursorKind(clang_getCursorSemanticParent(cursor)) == CXCursor_UnionDecl;
     if (isInUnion && theirs.ends_with(" const")) theirs.resize(theirs.rfind(" const"));

@@ -172,10 +172,12 @@ void FrontEndWalk::checkNamespace(CXCursor cursor) {
     expect(space.getIsInline() == (clang_Cursor_isInlineNamespace(cursor) != 0), cursor, "inline namespace");
 }
 
-za::Symbol FrontEndWalk::match(CXCursor cursor, std::string const& kind, Place const& place) const {
+za::Symbol FrontEndWalk::match(CXCursor cursor, std::string const& kind, Place const& place) {
     std::string const name = plainName(cursor);
     std::string const owner = ownerText(cursor);
+    std::string const identity = take(clang_getCursorUSR(cursor));
     za::Symbol near;
+    za::Symbol first;
     for (za::Symbol const& symbol : index_.at(place)) {
         if (kindOf(symbol) != kind || symbol.getName() != name) continue;
         bool const isInstance = za::types::AggregateType::cast(symbol) && !isPrototype(symbol) &&
@@ -183,15 +185,19 @@ za::Symbol FrontEndWalk::match(CXCursor cursor, std::string const& kind, Place c
                                 clang_Cursor_isNull(clang_getSpecializedCursorTemplate(cursor));
         if (isPrototype(symbol) || isInstance) continue;
         near = symbol;
-        if (ModelIndex::ownerText(symbol) == owner) return symbol;
+        if (ModelIndex::ownerText(symbol) != owner) continue;
+        // A macro may declare several of one name in one place.
+        if (matched_.try_emplace(symbol.get(), identity).first->second == identity) return symbol;
+        if (!first) first = symbol;
     }
-    return near;
+    return first ? first : near;
 }
 
 void FrontEndWalk::check(CXCursor cursor, std::string const& kind) {
     Place place;
     if (!placeOf(cursor, place)) return;
-    std::string const key = kind + ' ' + textOf(place) + ' ' + ownerText(cursor) + plainName(cursor);
+    std::string key = kind + ' ' + textOf(place) + ' ' + ownerText(cursor) + plainName(cursor);
+    if (kind == "template") key += ' ' + take(clang_getCursorUSR(cursor));
     if (!seen_.insert(key).second) return;
     Tally& tally = tallies_[kind];
     ++tally.declarations;

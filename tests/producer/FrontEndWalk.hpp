@@ -42,7 +42,7 @@ class FrontEndWalk {
     CXChildVisitResult visit(CXCursor cursor, CXCursor parent);
     void check(CXCursor cursor, std::string const& kind);
     void checkNamespace(CXCursor cursor);
-    zelkor::ast::Symbol match(CXCursor cursor, std::string const& kind, Place const& place) const;
+    zelkor::ast::Symbol match(CXCursor cursor, std::string const& kind, Place const& place);
     void compare(CXCursor cursor, zelkor::ast::Symbol const& symbol);
     void compareFunction(CXCursor cursor, zelkor::ast::Function const& function);
     void compareNames(CXCursor cursor, zelkor::ast::Function const& function);
@@ -74,6 +74,7 @@ class FrontEndWalk {
     std::map<std::string, Tally> tallies_;
     std::set<std::string> seen_;
     std::set<brant::zero::ModelElementImpl*> found_;
+    std::map<brant::zero::ModelElementImpl*, std::string> matched_; // with the front end's identity
 };
 
 bool isPrototype(zelkor::ast::Symbol const& symbol);

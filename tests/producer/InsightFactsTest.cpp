@@ -175,6 +175,9 @@ void closures() {
 }
 struct A { virtual ~A(); virtual int f(); };
 struct B : A { int f() override; ~B() override; };
+template <class F> void hand(F); template <class V> void only(V v) { value = v; }
+template <class V> void visits(V v) { hand([](auto) { only<V>(V()); }); }
+void start() { visits(1); }
 #define CALL(x) g(x)
 struct L { int m() { return CALL(value); } };
 )");
@@ -198,11 +201,17 @@ struct L { int m() { return CALL(value); } };
         {"operator()", "calls g; reads a"},
         {"operator()", "calls g; reads z"}, // of both instances of twice
         {"operator()", "calls g; reads z"},
+        {"only", "reads v; writes value"},
+        {"operator()", ""},
+        {"operator()", "calls only"}, // the generic one of an instance of visits
         {"operator()", "calls operator(); reads a inner"},
         {"operator()", "reads a"}, // patterns
         {"operator()", "reads z w"},
         {"pointer", "address value; pointer -> value"},
         {"q", "calls g; reads value"},
+        {"start", "calls visits"},
+        {"visits", ""},
+        {"visits", "calls hand"},
         {"twice", "calls g operator(); reads u"},
         {"twice", "calls g operator(); reads u"},
         {"twice", "reads u l w"},

@@ -70,6 +70,17 @@ void dropUnnamedScopes(std::string& text) {
     eraseAll(text, "[abi:cxx11]");
 }
 
+// Types without a name: "f:: /* StructType */" and "(lambda at f.cpp:1:2)".
+void unifyUnnamed(std::string& text) {
+    constexpr std::string_view word = "#unnamed";
+    for (std::string_view const kind : {"/* StructType */", "/* UnionType */", "/* EnumType */"})
+        for (std::size_t at = text.find(kind); at != std::string::npos; at = text.find(kind, at))
+            text.replace(at, kind.size(), word);
+    for (std::string_view const start : {"(lambda at ", "(unnamed "})
+        for (std::size_t at = text.find(start); at != std::string::npos; at = text.find(start, at))
+            text.replace(at, std::min(text.find(')', at), text.size() - 1) + 1 - at, word);
+}
+
 // Other words for one thing: "struct S *" and "S *", "int *__restrict" and "int * restrict", and the
 // abbreviations of mangled names.
 void unifyWords(std::string& text) {
@@ -299,7 +310,9 @@ std::string fullSpelling(std::string const& text) {
 }
 
 std::string writtenSpelling(std::string const& text) {
-    Tokens tokens = commonForm(text, false);
+    std::string unified = text;
+    unifyUnnamed(unified);
+    Tokens tokens = commonForm(unified, false);
     dropEllipses(tokens);
     dropScopesAndArguments(tokens);
     return joined(tokens);

@@ -73,6 +73,7 @@ TEST(Spelling, WrittenTypesLeaveOutScopesAndArguments) {
              Row{"A ... &&", "A &&..."},
              Row{"int[3]", "int[3]"},
              Row{"A const & /* FunctionType */ (void)", "const A &(C::*)() const"},
+             Row{"ns::f:: /* StructType */ const &", "const (lambda at f.cpp:1:2) &"},
          })
         EXPECT_EQ(writtenSpelling(row.ours), writtenSpelling(row.theirs)) << row.theirs;
     for (Row const& row : {
@@ -81,6 +82,8 @@ TEST(Spelling, WrittenTypesLeaveOutScopesAndArguments) {
              Row{"ns::A *", "ns::B *"},
              Row{"int[3]", "int[4]"},
              Row{"int /* FunctionType */ (char, ...)", "int (char)"},
+             Row{"ns::f:: /* StructType */", "f"},
+             Row{"ns::f", "(lambda at f.cpp:1:2)"},
          })
         EXPECT_NE(writtenSpelling(row.ours), writtenSpelling(row.theirs)) << row.theirs;
 }

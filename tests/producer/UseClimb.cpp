@@ -327,6 +327,7 @@ bool isEvaluatedIn(Step const& parent, Step const& child) {
     case CXCursor_NonTypeTemplateParameter:
     case CXCursor_TemplateTypeParameter:
     case CXCursor_TemplateTemplateParameter:
+    case CXCursor_TypeAliasDecl: // arguments of templates
         return false;
     case CXCursor_DeclRefExpr:
         return !isExpression;

@@ -51,7 +51,8 @@ bool isAutomatic(CXCursor variable) {
 CXCursor callOperatorOf(CXCursor closure) {
     CXCursor found = clang_getNullCursor();
     visitChildren(closure, [&](CXCursor child) {
-        bool const isIt = clang_getCursorKind(child) == CXCursor_CXXMethod &&
+        CXCursorKind const kind = clang_getCursorKind(child);
+        bool const isIt = (kind == CXCursor_CXXMethod || kind == CXCursor_FunctionTemplate) &&
                           toText(clang_getCursorSpelling(child)) == "operator()";
         if (isIt) found = child;
         return isIt ? CXChildVisit_Break : CXChildVisit_Continue;
@@ -266,7 +267,8 @@ void BodyReader::enterLambda(Walk const& walk, Frame const& frame) {
     CXCursor const closure = clang_getTypeDeclaration(clang_getCursorType(frame.cursor));
     CXCursor const function = isNull(closure) ? closure : callOperatorOf(closure);
     if (isNull(function)) return;
-    Id const id = declarations_.refer(function);
+    bool const isGeneric = clang_getCursorKind(function) == CXCursor_FunctionTemplate;
+    Id const id = isGeneric ? declarations_.referPrototype(function) : declarations_.refer(function);
     if (!read_.insert(id).second) return;
     uses_.addBody(id);
     this->walk(function, id, true);

@@ -131,7 +131,7 @@ std::string DeclarationReader::keyOf(CXCursor cursor) {
     if (!outer.empty()) return outer + usr;
     bool const isLocalToFile = !usr.starts_with("c:@") || clang_Cursor_isAnonymous(canonical) ||
                                clang_getCursorLinkage(canonical) == CXLinkage_Internal;
-    if (usr.find("@SP>") != std::string::npos) {
+    if (usr.find("@SP>") != std::string::npos || usr.find("@VP>") != std::string::npos) {
         // Partial specialisations that differ in constraints only have one id.
         auto const position = sources_.position(location);
         return place() + ':' +

@@ -340,11 +340,14 @@ void DeclarationReader::declareTemplate(CXCursor cursor) {
 }
 
 // Variable templates have no cursor kind of their own, and neither have empty declarations and the like. Nor
-// have their instantiations, which stand where the template does and differ from it only in the unified id.
+// have their instantiations, which stand where the template does and differ from it only in the unified id;
+// those of partial specialisations say so.
 void DeclarationReader::declareUnexposed(CXCursor cursor) {
     std::string const name = nameOf(cursor);
     if (name.empty() || !sources_.text(clang_getCursorExtent(cursor)).starts_with("template")) return;
-    if (toText(clang_getCursorUSR(cursor)).find("@" + name + ">#") == std::string::npos) meet(cursor);
+    std::string const usr = toText(clang_getCursorUSR(cursor));
+    bool const hasArguments = usr.find("@" + name + ">#") != std::string::npos;
+    if (!hasArguments || usr.find("@VP>") != std::string::npos) meet(cursor);
 }
 
 void DeclarationReader::declareLambda(CXCursor cursor) {
@@ -355,6 +358,32 @@ void DeclarationReader::declareLambda(CXCursor cursor) {
 
 Id DeclarationReader::declareLocal(CXCursor cursor) {
     return sources_.inProject(cursor) ? meet(cursor).id : Id{};
+}
+
+Id DeclarationReader::typeNamed(std::string_view qualifiedName) const {
+    std::vector<std::string_view> names;
+    for (std::string_view rest = qualifiedName; !rest.empty();) {
+        std::size_t const end = std::min(rest.find("::"), rest.size());
+        std::string_view const name = rest.substr(0, end);
+        bool const isUnnamed = name == "(anonymous namespace)";
+        if (!isUnnamed && !std::all_of(name.begin(), name.end(), isWordByte)) return Id{};
+        names.push_back(isUnnamed ? std::string_view() : name);
+        rest.remove_prefix(std::min(end + 2, rest.size()));
+    }
+    auto const isNamed = [&](Entity const* entity) {
+        for (auto name = names.rbegin(); name != names.rend(); ++name) {
+            if (!entity || entity->name != *name || !entity->templateOf.is_nil()) return false;
+            auto const owner = table_.find(entity->owner);
+            entity = owner == table_.end() ? nullptr : owner->second;
+        }
+        return entity == nullptr;
+    };
+    for (Entity const& entity : entities_) {
+        bool const isType = entity.kind == EntityKind::Struct || entity.kind == EntityKind::Class ||
+                            entity.kind == EntityKind::Union || entity.kind == EntityKind::Enum;
+        if (isType && isNamed(&entity)) return entity.id;
+    }
+    return Id{};
 }
 
 Id DeclarationReader::known(CXCursor cursor) {

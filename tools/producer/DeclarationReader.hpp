@@ -40,6 +40,9 @@ class DeclarationReader {
     // Fields of implicit instantiations, and the final order; call once.
     void finish();
 
+    // The class or enumeration of that qualified name, which is no template's, if something referred to it.
+    Id typeNamed(std::string_view qualifiedName) const;
+
     SourceIndex& sources() { return sources_; }
     bool isCxx() const { return isCxx_; }
 
@@ -78,6 +81,9 @@ class DeclarationReader {
     std::vector<TemplateArgumentFact> argumentsOfType(CXType type, CXCursor cursor, CXCursor context);
     std::vector<TemplateArgumentFact> argumentsOfFunction(CXCursor cursor);
     std::vector<TemplateArgumentFact> argumentsOfMember(CXCursor cursor);
+    void completeArguments(CXCursor cursor, std::vector<CXCursor> const& parameters,
+                           std::vector<TemplateArgumentFact>& arguments);
+    TemplateArgumentFact mangledArgument(std::string const& text, CXCursor parameter, CXCursor context);
     TemplateArgumentFact valueArgument(CXCursor cursor, unsigned index);
     TemplateArgumentFact writtenArgument(std::string const& text, CXCursor context);
     TemplateParameterFact const* parameterNamed(std::string_view name, CXCursor context);

@@ -1,5 +1,6 @@
 // Template arguments: of aggregates and functions, of alias templates, and those that are only written.
 #include "DeclarationReader.hpp"
+#include "MangledNames.hpp"
 
 #include <boost/uuid/uuid_io.hpp>
 
@@ -65,6 +66,18 @@ std::optional<std::string> writtenNumber(std::string_view text) {
     if (digits.starts_with('-')) digits.remove_prefix(1);
     bool const isNumber = !digits.empty() && digits.find_first_not_of("0123456789") == std::string_view::npos;
     return isNumber ? std::optional(std::string(text)) : std::nullopt;
+}
+
+// Whether it says which type, value or template it is; a pack only says where it begins.
+bool isKnown(TemplateArgumentFact const& argument) {
+    switch (argument.kind) {
+    case ArgumentKind::Type:
+        return !argument.type.is_nil();
+    case ArgumentKind::NonType:
+        return argument.value || !argument.parameter.is_nil();
+    default:
+        return argument.kind != ArgumentKind::PackStart;
+    }
 }
 
 std::string canonicalText(CXType type) {
@@ -243,13 +256,14 @@ std::vector<TemplateArgumentFact> DeclarationReader::argumentsOfFunction(CXCurso
 }
 
 // The front end tells the arguments of functions outside classes only; those of members follow from their
-// types.
+// types or, where these do not show them, from their mangled names.
 std::vector<TemplateArgumentFact> DeclarationReader::argumentsOfMember(CXCursor cursor) {
     CXCursor const pattern = clang_getSpecializedCursorTemplate(cursor);
     Deduction deduction;
     deduction.match(clang_getCursorType(pattern), clang_getCursorType(cursor));
     std::vector<TemplateArgumentFact> arguments;
-    for (CXCursor const& parameter : ownParameterCursors(pattern)) {
+    std::vector<CXCursor> const parameters = ownParameterCursors(pattern);
+    for (CXCursor const& parameter : parameters) {
         TemplateArgumentFact argument;
         CXCursorKind const kind = clang_getCursorKind(parameter);
         if (declaresPack(sources_.text(clang_getCursorExtent(parameter)))) {
@@ -263,7 +277,55 @@ std::vector<TemplateArgumentFact> DeclarationReader::argumentsOfMember(CXCursor 
         }
         arguments.push_back(std::move(argument));
     }
+    if (!std::all_of(arguments.begin(), arguments.end(), isKnown))
+        completeArguments(cursor, parameters, arguments);
     return arguments;
+}
+
+// Which elements belong to a pack follows from their number, unless there are several packs.
+void DeclarationReader::completeArguments(CXCursor cursor, std::vector<CXCursor> const& parameters,
+                                          std::vector<TemplateArgumentFact>& arguments) {
+    std::vector<std::string> const texts = mangledArguments(cursor, nameOf(cursor));
+    auto const packs =
+        static_cast<std::size_t>(std::count_if(arguments.begin(), arguments.end(), [](auto const& argument) {
+            return argument.kind == ArgumentKind::PackStart;
+        }));
+    std::size_t const single = arguments.size() - packs;
+    if (packs > 1 || texts.size() < single || (packs == 0 && texts.size() > single)) return;
+    std::vector<TemplateArgumentFact> complete;
+    for (std::size_t i = 0, next = 0; i < arguments.size(); ++i) {
+        bool const isPack = arguments[i].kind == ArgumentKind::PackStart;
+        std::size_t const end = next + (isPack ? texts.size() - single : 1);
+        bool const isDone = !isPack && isKnown(arguments[i]);
+        if (isPack || isDone) complete.push_back(std::move(arguments[i]));
+        for (; next < end; ++next)
+            if (!isDone) complete.push_back(mangledArgument(texts[next], parameters[i], cursor));
+    }
+    arguments = std::move(complete);
+}
+
+TemplateArgumentFact DeclarationReader::mangledArgument(std::string const& text, CXCursor parameter,
+                                                        CXCursor context) {
+    TemplateArgumentFact argument;
+    switch (clang_getCursorKind(parameter)) {
+    case CXCursor_TemplateTypeParameter:
+        argument.kind = ArgumentKind::Type;
+        argument.type = types_.readMangled(text, context);
+        return argument;
+    case CXCursor_NonTypeTemplateParameter:
+        break;
+    default:
+        argument.kind = ArgumentKind::TemplateTemplate;
+        return argument;
+    }
+    // Numbers that are no plain ones stand behind a cast to their type.
+    argument = writtenArgument(text.starts_with('(') ? text.substr(text.rfind(')') + 1) : text, context);
+    CXType const type = clang_getCursorType(parameter);
+    CXTypeKind const kind = clang_getCanonicalType(type).kind;
+    bool const isNumber = argument.value && argument.value->kind == ConstantKind::Integer;
+    if (isNumber && kind != CXType_Unexposed && kind != CXType_Auto)
+        argument.value->type = types_.read(type, clang_getSpecializedCursorTemplate(context));
+    return argument;
 }
 
 Id DeclarationReader::referSpecialisation(CXCursor templateCursor, CXType type, CXCursor context) {

@@ -52,6 +52,33 @@ constexpr ScalarRow scalarRows[] = {
     {CXType_Float128, TypeKind::Float, {}, true, FloatKind::Float128},
 };
 
+struct WordsRow {
+    std::string_view words;
+    CXTypeKind kind;
+    unsigned TargetFacts::*bits;
+};
+
+// As mangled names are made readable.
+constexpr WordsRow wordsRows[] = {
+    {"void", CXType_Void, nullptr},
+    {"bool", CXType_Bool, nullptr},
+    {"decltype(nullptr)", CXType_NullPtr, nullptr},
+    {"char", CXType_Char_S, &TargetFacts::charBits},
+    {"signed char", CXType_SChar, &TargetFacts::charBits},
+    {"unsigned char", CXType_UChar, &TargetFacts::charBits},
+    {"short", CXType_Short, &TargetFacts::shortBits},
+    {"unsigned short", CXType_UShort, &TargetFacts::shortBits},
+    {"int", CXType_Int, &TargetFacts::intBits},
+    {"unsigned int", CXType_UInt, &TargetFacts::intBits},
+    {"long", CXType_Long, &TargetFacts::longBits},
+    {"unsigned long", CXType_ULong, &TargetFacts::longBits},
+    {"long long", CXType_LongLong, &TargetFacts::longLongBits},
+    {"unsigned long long", CXType_ULongLong, &TargetFacts::longLongBits},
+    {"float", CXType_Float, &TargetFacts::floatBits},
+    {"double", CXType_Double, &TargetFacts::doubleBits},
+    {"long double", CXType_LongDouble, &TargetFacts::longDoubleBits},
+};
+
 struct OperatorRow {
     std::string_view prefix;
     TypeOperator op;
@@ -320,38 +347,61 @@ Id TypeReader::buildAttribute(Id base, std::string attribute) {
 }
 
 Id TypeReader::buildScalar(CXType type) {
-    for (ScalarRow const& row : scalarRows) {
-        if (row.from != type.kind) continue;
-        TypeFact fact;
-        fact.kind = row.kind;
-        fact.integer = row.integer;
-        fact.floating = row.floating;
-        fact.isSigned = row.isSigned;
-        if (row.from == CXType_WChar) fact.isSigned = !isUnsignedKind(facts_.target.wcharType);
-        if (row.kind == TypeKind::Integer || row.kind == TypeKind::Float) {
-            long long const size = clang_Type_getSizeOf(type);
-            if (size > 0) fact.bits = static_cast<unsigned>(size) * facts_.target.charBits;
-        }
-        return add(std::move(fact),
-                   "scalar:" + std::to_string(static_cast<int>(row.from)) + ':' + std::to_string(fact.bits));
-    }
+    long long const size = clang_Type_getSizeOf(type);
+    Id const id = addScalar(type.kind, size > 0 ? static_cast<unsigned>(size) * facts_.target.charBits : 0);
+    if (!id.is_nil()) return id;
     TypeFact fact;
     fact.name = toText(clang_getTypeSpelling(type));
     std::string const key = "opaque:" + fact.name;
     return add(std::move(fact), key);
 }
 
+Id TypeReader::addScalar(CXTypeKind kind, unsigned bits) {
+    for (ScalarRow const& row : scalarRows) {
+        if (row.from != kind) continue;
+        TypeFact fact;
+        fact.kind = row.kind;
+        fact.integer = row.integer;
+        fact.floating = row.floating;
+        fact.isSigned = row.isSigned;
+        if (row.from == CXType_WChar) fact.isSigned = !isUnsignedKind(facts_.target.wcharType);
+        if (row.kind == TypeKind::Integer || row.kind == TypeKind::Float) fact.bits = bits;
+        return add(std::move(fact),
+                   "scalar:" + std::to_string(static_cast<int>(row.from)) + ':' + std::to_string(fact.bits));
+    }
+    return Id{};
+}
+
+Id TypeReader::scalarNamed(std::string_view words) {
+    for (WordsRow const& row : wordsRows) {
+        if (row.words != words) continue;
+        bool const isPlainChar = row.kind == CXType_Char_S && !facts_.target.charIsSigned;
+        return addScalar(isPlainChar ? CXType_Char_U : row.kind, row.bits ? facts_.target.*row.bits : 0);
+    }
+    return Id{};
+}
+
+Id TypeReader::readMangled(std::string_view text, CXCursor context) {
+    return buildLayers(text, [&](std::string_view name) {
+        Id id = scalarNamed(name);
+        if (id.is_nil()) id = declarations_.typeNamed(name);
+        return id.is_nil() ? opaque(std::string(name), context, false) : id;
+    });
+}
+
 Id TypeReader::readPackPattern(CXType type, CXCursor context) {
     std::string const canonicalText = toText(clang_getTypeSpelling(clang_getCanonicalType(type)));
     std::string_view pattern = canonicalText;
     if (!consumeBack(pattern, "...")) return read(type, context);
-    if (Id const id = buildPattern(pattern, context); !id.is_nil()) return id;
+    // The front end keeps the pattern of a pack expansion to itself, so that the common ones are read from
+    // their canonical text: a parameter, qualified, and references and pointers to it.
+    auto const leaf = [&](std::string_view name) { return parameter(std::string(name), context); };
+    if (Id const id = buildLayers(pattern, leaf); !id.is_nil()) return id;
     return opaque(toText(clang_getTypeSpelling(type)), context, true);
 }
 
-// The front end keeps the pattern of a pack expansion to itself, so that the common ones are read from their
-// canonical text: a parameter, qualified, and references and pointers to it.
-Id TypeReader::buildPattern(std::string_view text, CXCursor context) {
+// Pointers, references and qualifiers around the innermost name of a text; nothing where that is nothing.
+Id TypeReader::buildLayers(std::string_view text, Leaf const& leaf) {
     while (!text.empty() && text.back() == ' ')
         text.remove_suffix(1);
     struct Layer {
@@ -363,15 +413,18 @@ Id TypeReader::buildPattern(std::string_view text, CXCursor context) {
     for (Layer const& layer : layers) {
         std::string_view inner = text;
         if (!consumeBack(inner, layer.suffix)) continue;
-        Id const base = buildPattern(inner, context);
+        Id const base = buildLayers(inner, leaf);
         return base.is_nil() ? base : buildDerivedFrom(layer.kind, base);
     }
     std::string_view inner = text;
-    if (consume(inner, "const ") || consumeBack(inner, " const")) {
-        Id const base = buildPattern(inner, context);
-        return base.is_nil() ? base : buildQualified(base, true, false, false);
+    bool isConst = consume(inner, "const ");
+    bool const isVolatile = consumeBack(inner, " volatile");
+    isConst |= consumeBack(inner, " const");
+    if (isConst || isVolatile) {
+        Id const base = buildLayers(inner, leaf);
+        return base.is_nil() ? base : buildQualified(base, isConst, isVolatile, false);
     }
-    return parameter(std::string(text), context);
+    return leaf(text);
 }
 
 Id TypeReader::parameter(std::string const& canonicalText, CXCursor context) {

@@ -5,7 +5,9 @@
 #include "AliasIndex.hpp"
 #include "Facts.hpp"
 
+#include <functional>
 #include <map>
+#include <string_view>
 #include <unordered_set>
 #include <utility>
 
@@ -25,6 +27,9 @@ class TypeReader {
     Id readWithoutResult(CXType type, CXCursor context);
     // The type of a pack's elements, as `T&&` for `T&&... t`.
     Id readPackPattern(CXType type, CXCursor context);
+    // The type that a mangled name holds, made readable: a number, a named class or enumeration that the unit
+    // has referred to, and pointers and the like to these; else an opaque type with the text.
+    Id readMangled(std::string_view text, CXCursor context);
 
   private:
     Id build(CXType type, CXCursor context);
@@ -37,9 +42,12 @@ class TypeReader {
     Id buildOperator(CXType type, CXCursor context, std::string const& text);
     Id buildAttribute(Id base, std::string attribute);
     Id buildScalar(CXType type);
+    Id addScalar(CXTypeKind kind, unsigned bits);
     Id buildDerivedFrom(TypeKind kind, Id base);
     Id buildQualified(Id base, bool isConst, bool isVolatile, bool isRestrict);
-    Id buildPattern(std::string_view text, CXCursor context);
+    using Leaf = std::function<Id(std::string_view text)>;
+    Id buildLayers(std::string_view text, Leaf const& leaf);
+    Id scalarNamed(std::string_view words);
     Id opaque(std::string const& text, CXCursor context, bool isDependent);
     Id parameter(std::string const& canonicalText, CXCursor context);
     Id add(TypeFact&& fact, std::string const& key);
