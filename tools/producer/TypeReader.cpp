@@ -10,47 +10,54 @@
 
 namespace zelkor::producer {
 
-namespace {
-
-constexpr unsigned deepestType = 400;
-
-struct ScalarRow {
+struct TypeReader::ScalarRow {
     CXTypeKind from;
     TypeKind kind;
     IntegerKind integer;
     bool isSigned;
     FloatKind floating;
+
+    static ScalarRow const* find(CXTypeKind from);
 };
 
-// The signedness of plain char is the front end's; that of wchar_t is the target's.
-constexpr ScalarRow scalarRows[] = {
-    {CXType_Void, TypeKind::Void, {}, false, {}},
-    {CXType_Bool, TypeKind::Bool, {}, false, {}},
-    {CXType_NullPtr, TypeKind::NullPtr, {}, false, {}},
-    {CXType_Char_U, TypeKind::Integer, IntegerKind::Char, false, {}},
-    {CXType_Char_S, TypeKind::Integer, IntegerKind::Char, true, {}},
-    {CXType_SChar, TypeKind::Integer, IntegerKind::SignedChar, true, {}},
-    {CXType_UChar, TypeKind::Integer, IntegerKind::UnsignedChar, false, {}},
-    {CXType_Short, TypeKind::Integer, IntegerKind::Short, true, {}},
-    {CXType_UShort, TypeKind::Integer, IntegerKind::UnsignedShort, false, {}},
-    {CXType_Int, TypeKind::Integer, IntegerKind::Int, true, {}},
-    {CXType_UInt, TypeKind::Integer, IntegerKind::UnsignedInt, false, {}},
-    {CXType_Long, TypeKind::Integer, IntegerKind::Long, true, {}},
-    {CXType_ULong, TypeKind::Integer, IntegerKind::UnsignedLong, false, {}},
-    {CXType_LongLong, TypeKind::Integer, IntegerKind::LongLong, true, {}},
-    {CXType_ULongLong, TypeKind::Integer, IntegerKind::UnsignedLongLong, false, {}},
-    {CXType_Int128, TypeKind::Integer, IntegerKind::Int128, true, {}},
-    {CXType_UInt128, TypeKind::Integer, IntegerKind::UnsignedInt128, false, {}},
-    {CXType_WChar, TypeKind::Integer, IntegerKind::Wchar, true, {}},
-    {CXType_Char16, TypeKind::Integer, IntegerKind::Char16, false, {}},
-    {CXType_Char32, TypeKind::Integer, IntegerKind::Char32, false, {}},
-    {CXType_Half, TypeKind::Float, {}, true, FloatKind::Half},
-    {CXType_Float16, TypeKind::Float, {}, true, FloatKind::Half},
-    {CXType_Float, TypeKind::Float, {}, true, FloatKind::Single},
-    {CXType_Double, TypeKind::Float, {}, true, FloatKind::Double},
-    {CXType_LongDouble, TypeKind::Float, {}, true, FloatKind::LongDouble},
-    {CXType_Float128, TypeKind::Float, {}, true, FloatKind::Float128},
-};
+TypeReader::ScalarRow const* TypeReader::ScalarRow::find(CXTypeKind from) {
+    // The signedness of plain char is the front end's; that of wchar_t is the target's.
+    static constexpr ScalarRow rows[] = {
+        {CXType_Void, TypeKind::Void, {}, false, {}},
+        {CXType_Bool, TypeKind::Bool, {}, false, {}},
+        {CXType_NullPtr, TypeKind::NullPtr, {}, false, {}},
+        {CXType_Char_U, TypeKind::Integer, IntegerKind::Char, false, {}},
+        {CXType_Char_S, TypeKind::Integer, IntegerKind::Char, true, {}},
+        {CXType_SChar, TypeKind::Integer, IntegerKind::SignedChar, true, {}},
+        {CXType_UChar, TypeKind::Integer, IntegerKind::UnsignedChar, false, {}},
+        {CXType_Short, TypeKind::Integer, IntegerKind::Short, true, {}},
+        {CXType_UShort, TypeKind::Integer, IntegerKind::UnsignedShort, false, {}},
+        {CXType_Int, TypeKind::Integer, IntegerKind::Int, true, {}},
+        {CXType_UInt, TypeKind::Integer, IntegerKind::UnsignedInt, false, {}},
+        {CXType_Long, TypeKind::Integer, IntegerKind::Long, true, {}},
+        {CXType_ULong, TypeKind::Integer, IntegerKind::UnsignedLong, false, {}},
+        {CXType_LongLong, TypeKind::Integer, IntegerKind::LongLong, true, {}},
+        {CXType_ULongLong, TypeKind::Integer, IntegerKind::UnsignedLongLong, false, {}},
+        {CXType_Int128, TypeKind::Integer, IntegerKind::Int128, true, {}},
+        {CXType_UInt128, TypeKind::Integer, IntegerKind::UnsignedInt128, false, {}},
+        {CXType_WChar, TypeKind::Integer, IntegerKind::Wchar, true, {}},
+        {CXType_Char16, TypeKind::Integer, IntegerKind::Char16, false, {}},
+        {CXType_Char32, TypeKind::Integer, IntegerKind::Char32, false, {}},
+        {CXType_Half, TypeKind::Float, {}, true, FloatKind::Half},
+        {CXType_Float16, TypeKind::Float, {}, true, FloatKind::Half},
+        {CXType_Float, TypeKind::Float, {}, true, FloatKind::Single},
+        {CXType_Double, TypeKind::Float, {}, true, FloatKind::Double},
+        {CXType_LongDouble, TypeKind::Float, {}, true, FloatKind::LongDouble},
+        {CXType_Float128, TypeKind::Float, {}, true, FloatKind::Float128},
+    };
+    auto const row = std::find_if(std::begin(rows), std::end(rows),
+                                  [from](ScalarRow const& candidate) { return candidate.from == from; });
+    return row == std::end(rows) ? nullptr : row;
+}
+
+namespace {
+
+constexpr unsigned deepestType = 400;
 
 struct WordsRow {
     std::string_view words;
@@ -347,36 +354,35 @@ Id TypeReader::buildAttribute(Id base, std::string attribute) {
 }
 
 Id TypeReader::buildScalar(CXType type) {
-    long long const size = clang_Type_getSizeOf(type);
-    Id const id = addScalar(type.kind, size > 0 ? static_cast<unsigned>(size) * facts_.target.charBits : 0);
-    if (!id.is_nil()) return id;
+    ScalarRow const* const row = ScalarRow::find(type.kind);
+    // The front end crashes when it is asked for the size of some other types.
+    bool const hasSize = row && (row->kind == TypeKind::Integer || row->kind == TypeKind::Float);
+    long long const size = hasSize ? clang_Type_getSizeOf(type) : 0;
+    if (row) return addScalar(*row, size > 0 ? static_cast<unsigned>(size) * facts_.target.charBits : 0);
     TypeFact fact;
     fact.name = toText(clang_getTypeSpelling(type));
     std::string const key = "opaque:" + fact.name;
     return add(std::move(fact), key);
 }
 
-Id TypeReader::addScalar(CXTypeKind kind, unsigned bits) {
-    for (ScalarRow const& row : scalarRows) {
-        if (row.from != kind) continue;
-        TypeFact fact;
-        fact.kind = row.kind;
-        fact.integer = row.integer;
-        fact.floating = row.floating;
-        fact.isSigned = row.isSigned;
-        if (row.from == CXType_WChar) fact.isSigned = !isUnsignedKind(facts_.target.wcharType);
-        if (row.kind == TypeKind::Integer || row.kind == TypeKind::Float) fact.bits = bits;
-        return add(std::move(fact),
-                   "scalar:" + std::to_string(static_cast<int>(row.from)) + ':' + std::to_string(fact.bits));
-    }
-    return Id{};
+Id TypeReader::addScalar(ScalarRow const& row, unsigned bits) {
+    TypeFact fact;
+    fact.kind = row.kind;
+    fact.integer = row.integer;
+    fact.floating = row.floating;
+    fact.isSigned = row.isSigned;
+    if (row.from == CXType_WChar) fact.isSigned = !isUnsignedKind(facts_.target.wcharType);
+    fact.bits = bits;
+    return add(std::move(fact),
+               "scalar:" + std::to_string(static_cast<int>(row.from)) + ':' + std::to_string(fact.bits));
 }
 
 Id TypeReader::scalarNamed(std::string_view words) {
     for (WordsRow const& row : wordsRows) {
         if (row.words != words) continue;
         bool const isPlainChar = row.kind == CXType_Char_S && !facts_.target.charIsSigned;
-        return addScalar(isPlainChar ? CXType_Char_U : row.kind, row.bits ? facts_.target.*row.bits : 0);
+        return addScalar(*ScalarRow::find(isPlainChar ? CXType_Char_U : row.kind),
+                         row.bits ? facts_.target.*row.bits : 0);
     }
     return Id{};
 }

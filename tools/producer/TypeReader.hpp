@@ -42,7 +42,8 @@ class TypeReader {
     Id buildOperator(CXType type, CXCursor context, std::string const& text);
     Id buildAttribute(Id base, std::string attribute);
     Id buildScalar(CXType type);
-    Id addScalar(CXTypeKind kind, unsigned bits);
+    struct ScalarRow;
+    Id addScalar(ScalarRow const& row, unsigned bits);
     Id buildDerivedFrom(TypeKind kind, Id base);
     Id buildQualified(Id base, bool isConst, bool isVolatile, bool isRestrict);
     using Leaf = std::function<Id(std::string_view text)>;
