@@ -2,8 +2,12 @@
 # Installs what is missing, builds the library, the command and the Python module, without tests, and installs them.
 #   scripts/install.sh [PREFIX]      default: /usr/local
 set -euo pipefail
+if [[ $# -gt 1 || ${1:-} == -* ]]; then
+  echo "usage: scripts/install.sh [PREFIX]      default: /usr/local" >&2
+  exit 2
+fi
+prefix=$(realpath -m -- "${1:-/usr/local}") # before the folder changes
 cd "$(dirname "$0")/.."
-prefix=${1:-/usr/local}
 
 echo "== building (two minutes on two cores)"
 scripts/build.sh install
