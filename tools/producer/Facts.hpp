@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <variant>
@@ -416,5 +417,8 @@ struct UnitFacts {
         return false;
     }
 };
+
+// Takes a unit from the thread that read it.
+using UnitSink = std::function<void(UnitFacts&&)>;
 
 } // namespace zelkor::producer

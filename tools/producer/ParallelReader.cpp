@@ -45,10 +45,11 @@ std::optional<std::size_t> ParallelReader::next() {
 void ParallelReader::work() {
     try {
         while (std::optional<std::size_t> const number = next()) {
-            UnitFacts facts = read_(*number);
-            std::lock_guard const lock(mutex_);
-            results_[*number] = std::move(facts);
-            ready_.notify_all();
+            read_(*number, [this, &number](UnitFacts&& facts) {
+                std::lock_guard const lock(mutex_);
+                results_[*number] = std::move(facts);
+                ready_.notify_all();
+            });
         }
     } catch (...) {
         std::lock_guard const lock(mutex_);

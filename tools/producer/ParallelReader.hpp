@@ -15,11 +15,12 @@ namespace zelkor::producer {
 
 class ParallelReader {
   public:
-    using Read = std::function<UnitFacts(std::size_t number)>;
+    // Gives the unit to the sink once, and may go on to clean up after that.
+    using Read = std::function<void(std::size_t number, UnitSink const& sink)>;
 
     // `read` is called on `jobs` threads; what it throws, `take` throws.
     ParallelReader(std::size_t units, Read read, unsigned jobs);
-    // Waits for the units that are being read.
+    // Waits for the units that are being read, and for what is cleaned up after others.
     ~ParallelReader();
     ParallelReader(ParallelReader const&) = delete;
     ParallelReader& operator=(ParallelReader const&) = delete;

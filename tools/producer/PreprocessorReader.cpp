@@ -22,16 +22,7 @@ class Tokens {
     unsigned size() const { return count_; }
     CXTokenKind kind(unsigned i) const { return clang_getTokenKind(tokens_[i]); }
     std::string text(unsigned i) const { return toText(clang_getTokenSpelling(unit_, tokens_[i])); }
-    // Without a copy of the text, which most tokens of a file are not worth.
-    bool isText(unsigned i, std::string_view wanted) const {
-        CXString const spelling = clang_getTokenSpelling(unit_, tokens_[i]);
-        char const* const bytes = clang_getCString(spelling);
-        bool const isSame = bytes && wanted == bytes;
-        clang_disposeString(spelling);
-        return isSame;
-    }
     CXSourceRange extent(unsigned i) const { return clang_getTokenExtent(unit_, tokens_[i]); }
-    CXSourceLocation start(unsigned i) const { return clang_getTokenLocation(unit_, tokens_[i]); }
 
   private:
     CXTranslationUnit unit_;
@@ -199,39 +190,35 @@ void PreprocessorReader::readInclude(CXCursor cursor) {
 }
 
 void PreprocessorReader::finish(std::vector<std::string> const& arguments) {
-    for (std::size_t i = 0; i < handles_.size(); ++i) {
-        if (facts_.files[i].inProject) readTokens(handles_[i], facts_.files[i]);
-    }
     finishMacros(arguments);
-    readTarget();
+    facts_.target = targetOf(predefined_);
+    facts_.language = languageOf(predefined_);
+    LexicalRules const rules = lexicalRulesOf(predefined_);
+    for (std::size_t i = 0; i < handles_.size(); ++i) {
+        if (facts_.files[i].inProject) scanFile(handles_[i], facts_.files[i], rules);
+    }
+    for (std::string const& name : namesOfOption(arguments, "-U"))
+        addUndefinition(name, std::nullopt, true);
 }
 
-// The record of the preprocessor has no undefinitions and comments belong to no cursor, so that the tokens
-// are read again.
-void PreprocessorReader::readTokens(CXFile file, FileFact& fact) {
-    CXTranslationUnit const unit = sources_.unit();
-    std::size_t const size = sources_.contents(file).size();
-    if (size == 0) return;
-    CXSourceRange const all =
-        clang_getRange(clang_getLocationForOffset(unit, file, 0),
-                       clang_getLocationForOffset(unit, file, static_cast<unsigned>(size)));
-    Tokens const tokens(unit, all);
-    auto const skipped = skippedLines(unit, file);
+void PreprocessorReader::scanFile(CXFile file, FileFact& fact, LexicalRules const& rules) {
+    SourceScan const scan = scanSource(sources_.contents(file), rules);
+    auto const positionOf = [&fact](TextPlace const& place) {
+        return Position{fact.id, place.line, place.column};
+    };
+    fact.comments.reserve(scan.comments.size());
+    for (ScannedPiece const& comment : scan.comments)
+        fact.comments.push_back(
+            {{positionOf(comment.start), positionOf(comment.end)}, std::string(comment.text)});
+    if (scan.undefinitions.empty()) return;
+    auto const skipped = skippedLines(sources_.unit(), file);
     auto const isSkipped = [&skipped](unsigned line) {
         return std::any_of(skipped.begin(), skipped.end(),
                            [line](auto const& range) { return range.first <= line && line < range.second; });
     };
-    for (unsigned i = 0; i < tokens.size(); ++i) {
-        if (tokens.kind(i) == CXToken_Comment) {
-            if (auto const excerpt = sources_.excerpt(tokens.extent(i)))
-                fact.comments.push_back({excerpt->range, std::string(excerpt->text)});
-            continue;
-        }
-        if (tokens.kind(i) != CXToken_Identifier || i < 1 || i + 1 >= tokens.size()) continue;
-        if (tokens.kind(i - 1) != CXToken_Punctuation || !tokens.isText(i, "undef")) continue;
-        if (!tokens.isText(i - 1, "#")) continue;
-        if (!isSkipped(lineOf(tokens.start(i))))
-            addUndefinition(tokens.text(i + 1), sources_.position(tokens.start(i + 1)), false);
+    for (ScannedPiece const& name : scan.undefinitions) {
+        if (!isSkipped(name.start.line))
+            addUndefinition(std::string(name.text), positionOf(name.start), false);
     }
 }
 
@@ -264,7 +251,6 @@ std::string PreprocessorReader::replacementText(CXCursor definition) {
 
 void PreprocessorReader::finishMacros(std::vector<std::string> const& arguments) {
     std::set<std::string> const defined = namesOfOption(arguments, "-D");
-    std::vector<MacroFact> definitions;
     std::vector<Id> ids(macros_.size());
     for (std::size_t i = 0; i < macros_.size(); ++i) {
         PendingMacro const& pending = macros_[i];
@@ -282,24 +268,15 @@ void PreprocessorReader::finishMacros(std::vector<std::string> const& arguments)
                                            macro.name, macro.position->column)
                                   : makeId("macro", macro.name + ' ' + macro.text);
         ids[i] = macro.id;
-        definitions.push_back(std::move(macro));
+        facts_.macros.push_back(std::move(macro));
     }
     for (auto& [name, macro] : builtins_) {
         macro.id = makeId("macro", name);
-        definitions.push_back(macro);
+        facts_.macros.push_back(macro);
     }
     for (PendingUse const& use : uses_)
         facts_.macroUses.push_back(
             {use.builtin.empty() ? ids[use.macro] : builtins_[use.builtin].id, use.place});
-    for (std::string const& name : namesOfOption(arguments, "-U"))
-        addUndefinition(name, std::nullopt, true);
-    facts_.macros.insert(facts_.macros.begin(), std::make_move_iterator(definitions.begin()),
-                         std::make_move_iterator(definitions.end()));
-}
-
-void PreprocessorReader::readTarget() {
-    facts_.target = targetOf(predefined_);
-    facts_.language = languageOf(predefined_);
 }
 
 } // namespace zelkor::producer

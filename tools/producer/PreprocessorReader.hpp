@@ -3,6 +3,7 @@
 #pragma once
 
 #include "SourceIndex.hpp"
+#include "SourceScanner.hpp"
 
 #include <map>
 #include <unordered_map>
@@ -40,11 +41,10 @@ class PreprocessorReader {
     void readDefinition(CXCursor cursor);
     void readExpansion(CXCursor cursor);
     void readInclude(CXCursor cursor);
-    void readTokens(CXFile file, FileFact& fact);
+    void scanFile(CXFile file, FileFact& fact, LexicalRules const& rules);
     void addUndefinition(std::string const& name, std::optional<Position> position, bool isCommandLine);
     std::string replacementText(CXCursor definition);
     void finishMacros(std::vector<std::string> const& arguments);
-    void readTarget();
 
     SourceIndex& sources_;
     UnitFacts& facts_;

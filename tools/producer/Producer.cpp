@@ -26,12 +26,11 @@ ImportResult importProject(zelkor::ast::Ast& ast, ImportOptions const& options) 
     Assembly assembly(ast, options);
     Session session(options);
     std::size_t const total = session.commands().size();
-    {
-        ParallelReader reader(
-            total, [&session](std::size_t number) { return session.read(number); },
-            threadCount(options.jobs, total));
-        for (std::size_t i = 0; i < total && assembly.add(reader.take(i), total); ++i) {
-        }
+    // Its threads may clean up while the model is filled.
+    ParallelReader reader(
+        total, [&session](std::size_t number, UnitSink const& sink) { session.read(number, sink); },
+        threadCount(options.jobs, total));
+    for (std::size_t i = 0; i < total && assembly.add(reader.take(i), total); ++i) {
     }
     ImportResult result = assembly.finish();
     result.root = session.paths().root();

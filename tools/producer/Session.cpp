@@ -31,14 +31,15 @@ void Session::openCache(ImportOptions const& options) {
     }
 }
 
-UnitFacts Session::read(std::size_t number) {
+void Session::read(std::size_t number, UnitSink const& sink) {
     CompileCommand const& command = commands_[number];
-    if (!cache_) return parseUnit(command, settings_, paths_);
+    if (!cache_) return parseUnit(command, settings_, paths_, sink);
     Digest const digest = commandDigest(command, settings_, paths_);
-    if (std::optional<UnitFacts> known = cache_->find(digest)) return *std::move(known);
-    UnitFacts facts = parseUnit(command, settings_, paths_);
-    cache_->store(digest, paths_.root(), facts);
-    return facts;
+    if (std::optional<UnitFacts> known = cache_->find(digest)) return sink(*std::move(known));
+    parseUnit(command, settings_, paths_, [&](UnitFacts&& facts) {
+        cache_->store(digest, paths_.root(), facts);
+        sink(std::move(facts));
+    });
 }
 
 UnitHead Session::head(std::size_t number, UnitFacts const& facts) const {

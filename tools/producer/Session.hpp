@@ -24,8 +24,8 @@ class Session {
     std::vector<std::string> const& leftOut() const { return leftOut_; }
     ProjectPaths const& paths() const { return paths_; }
 
-    // From the cache or by the front end. May be called by threads.
-    UnitFacts read(std::size_t number);
+    // From the cache or by the front end; as `parseUnit` gives it. May be called by threads.
+    void read(std::size_t number, UnitSink const& sink);
     UnitHead head(std::size_t number, UnitFacts const& facts) const;
     // To be called once, after the last unit.
     void finish(ImportResult& result);

@@ -100,4 +100,24 @@ Language languageOf(PredefinedMacros const& macros) {
     return isCxx ? Language::Cxx : Language::C;
 }
 
+// As the front end has them for each standard; that in C raw strings are an extension is its choice too.
+LexicalRules lexicalRulesOf(PredefinedMacros const& macros) {
+    unsigned long const cxx = numberOf(macros, "__cplusplus", 0);
+    unsigned long const c = numberOf(macros, "__STDC_VERSION__", 0);
+    bool const isStrict = macros.contains("__STRICT_ANSI__");
+    LexicalRules rules;
+    if (cxx != 0) {
+        rules.hasRawStrings = rules.hasUnicodeStrings = cxx >= 201103;
+        rules.hasDigitSeparators = cxx >= 201402;
+        rules.hasTrigraphs = isStrict && cxx < 201703;
+    } else {
+        rules.hasRawStrings = c >= 199901 && !isStrict;
+        rules.hasUnicodeStrings = c >= 201112;
+        rules.hasDigitSeparators = c > 201710;
+        rules.hasLineComments = c >= 199901 || !isStrict;
+        rules.hasTrigraphs = isStrict && c <= 201710;
+    }
+    return rules;
+}
+
 } // namespace zelkor::producer

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Facts.hpp"
+#include "SourceScanner.hpp"
 
 #include <map>
 #include <string>
@@ -14,5 +15,7 @@ TargetFacts targetOf(PredefinedMacros const& macros);
 
 // `Cxx` and `C` stand for the standards that have no literal in the model.
 Language languageOf(PredefinedMacros const& macros);
+
+LexicalRules lexicalRulesOf(PredefinedMacros const& macros);
 
 } // namespace zelkor::producer

@@ -217,7 +217,8 @@ ImportResult importUnit(ImportOptions const& options, UnitOptions const& unit) {
     UnitFileWriter writer;
     std::set<std::string> inputs;
     for (std::size_t const number : numbers) {
-        UnitFacts const facts = session.read(number);
+        UnitFacts facts;
+        session.read(number, [&facts](UnitFacts&& read) { facts = std::move(read); });
         reportUnit(facts, result);
         writer.add(session.head(number, facts), facts);
         // What is missing belongs to them: while it is, a build engine tries again.
@@ -248,7 +249,8 @@ ImportResult mergeUnits(zelkor::ast::Ast& ast, std::vector<std::string> const& u
         options.database.empty() ? planAll(groups) : planByDatabase(groups, options, before);
     {
         ParallelReader reader(
-            plan.size(), [&plan](std::size_t number) { return readPlanned(plan[number]); },
+            plan.size(),
+            [&plan](std::size_t number, UnitSink const& sink) { sink(readPlanned(plan[number])); },
             threadCount(options.jobs, plan.size()));
         for (std::size_t i = 0; i < plan.size() && assembly.add(reader.take(i), plan.size()); ++i) {
         }

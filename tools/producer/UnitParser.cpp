@@ -24,12 +24,11 @@ constexpr unsigned parseOptions = CXTranslationUnit_DetailedPreprocessingRecord 
 std::vector<std::string> frontEndArguments(CompileCommand const& command, ParserSettings const& settings,
                                            ProjectPaths const& paths, std::vector<std::string> arguments) {
     std::vector<std::string> own = settings.extraArguments;
+    // What the project's own compiler warns of is no trouble of an import, and to find it takes time: "-w".
     // Else `__FILE__` would tell each string on which machine it was read.
     if (paths.root() != "/") own.push_back("-fmacro-prefix-map=" + paths.root() + "/=");
-    own.insert(own.end(),
-               {"-resource-dir", settings.resourceDirectory, "-working-directory", command.directory,
-                "-ferror-limit=0", "-fparse-all-comments", "-Wno-unknown-warning-option",
-                "-Wno-unused-command-line-argument", "-Wno-ignored-optimization-argument"});
+    own.insert(own.end(), {"-resource-dir", settings.resourceDirectory, "-working-directory",
+                           command.directory, "-ferror-limit=0", "-fparse-all-comments", "-w"});
     // What follows "--" is a file name.
     auto const end = std::find(arguments.begin(), arguments.end(), "--");
     arguments.insert(end, own.begin(), own.end());
@@ -130,6 +129,48 @@ std::vector<std::string> takeSuspects(std::vector<std::string>& arguments, std::
     return taken;
 }
 
+// \returns null with the reason in the facts.
+ClangUnit parseSomehow(CXIndex index, CompileCommand const& command, ParserSettings const& settings,
+                       ProjectPaths const& paths, UnitFacts& facts) {
+    std::vector<std::string> const arguments = cleanArguments(command.arguments);
+    Parsed parsed = parse(index, frontEndArguments(command, settings, paths, arguments));
+    for (std::string_view const prefix : suspects) {
+        if (parsed.unit || parsed.result == CXError_Crashed) break;
+        std::vector<std::string> fewer = arguments;
+        facts.rejectedOptions = takeSuspects(fewer, prefix);
+        if (!facts.rejectedOptions.empty())
+            parsed = parse(index, frontEndArguments(command, settings, paths, fewer));
+    }
+    if (!parsed.unit) {
+        facts.rejectedOptions.clear();
+        describeError(parsed.result, facts);
+    }
+    return std::move(parsed.unit);
+}
+
+// \returns false, with the reason in the facts, when there is nothing to parse.
+bool checkPaths(CompileCommand const& command, UnitFacts& facts) {
+    for (std::string const& path : {command.directory, command.file}) {
+        std::error_code error;
+        if (fs::exists(path, error)) continue;
+        if (!error) error = std::make_error_code(std::errc::no_such_file_or_directory);
+        facts.failure = path + ": " + error.message();
+        facts.advice =
+            "build the project first, so that generated sources are there, or record its commands again";
+        return false;
+    }
+    return true;
+}
+
+void readPreprocessing(PreprocessorReader& reader, CompileCommand const& command, CXTranslationUnit unit) {
+    reader.readFiles();
+    visitChildren(clang_getTranslationUnitCursor(unit), [&](CXCursor cursor) {
+        if (clang_isPreprocessing(clang_getCursorKind(cursor))) reader.read(cursor);
+        return CXChildVisit_Continue;
+    });
+    reader.finish(command.arguments);
+}
+
 // The content is what was parsed, even if the file has changed since.
 void readInputs(SourceIndex& sources, UnitFacts& facts) {
     struct Reader {
@@ -147,24 +188,6 @@ void readInputs(SourceIndex& sources, UnitFacts& facts) {
             facts.inputs.insert(place, {path, digestOf(sources.contents(file))});
         },
         &reader);
-}
-
-void readUnit(SourceIndex& sources, CompileCommand const& command, bool wantsUses, UnitFacts& facts) {
-    CXCursor const root = clang_getTranslationUnitCursor(sources.unit());
-    PreprocessorReader preprocessor(sources, facts);
-    preprocessor.readFiles();
-    visitChildren(root, [&](CXCursor cursor) {
-        if (clang_isPreprocessing(clang_getCursorKind(cursor))) preprocessor.read(cursor);
-        return CXChildVisit_Continue;
-    });
-    preprocessor.finish(command.arguments);
-    readInputs(sources, facts);
-    DeclarationReader declarations(sources, facts, wantsUses);
-    visitChildren(root, [&](CXCursor cursor) {
-        if (!clang_isPreprocessing(clang_getCursorKind(cursor))) declarations.declare(cursor);
-        return CXChildVisit_Continue;
-    });
-    declarations.finish();
 }
 
 } // namespace
@@ -205,38 +228,33 @@ Digest commandDigest(CompileCommand const& command, ParserSettings const& settin
     return digestOf(text);
 }
 
-UnitFacts parseUnit(CompileCommand const& command, ParserSettings const& settings,
-                    ProjectPaths const& paths) {
+void parseUnit(CompileCommand const& command, ParserSettings const& settings, ProjectPaths const& paths,
+               UnitSink const& sink) {
     UnitFacts facts;
     facts.file = unitPath(command, paths);
-    for (std::string const& path : {command.directory, command.file}) {
-        std::error_code error;
-        if (fs::exists(path, error)) continue;
-        if (!error) error = std::make_error_code(std::errc::no_such_file_or_directory);
-        facts.failure = path + ": " + error.message();
-        facts.advice =
-            "build the project first, so that generated sources are there, or record its commands again";
-        return facts;
-    }
+    if (!checkPaths(command, facts)) return sink(std::move(facts));
     ClangIndex const index(clang_createIndex(0, 0));
-    std::vector<std::string> const arguments = cleanArguments(command.arguments);
-    Parsed parsed = parse(index.get(), frontEndArguments(command, settings, paths, arguments));
-    for (std::string_view const prefix : suspects) {
-        if (parsed.unit || parsed.result == CXError_Crashed) break;
-        std::vector<std::string> fewer = arguments;
-        facts.rejectedOptions = takeSuspects(fewer, prefix);
-        if (!facts.rejectedOptions.empty())
-            parsed = parse(index.get(), frontEndArguments(command, settings, paths, fewer));
-    }
-    if (!parsed.unit) {
-        facts.rejectedOptions.clear();
-        describeError(parsed.result, facts);
-        return facts;
-    }
-    SourceIndex sources(parsed.unit.get(), paths);
+    ClangUnit const unit = parseSomehow(index.get(), command, settings, paths, facts);
+    if (!unit) return sink(std::move(facts));
+    SourceIndex sources(unit.get(), paths);
     readDiagnostics(sources, facts);
-    readUnit(sources, command, settings.wantsUses, facts);
-    return facts;
+    PreprocessorReader preprocessor(sources, facts);
+    readPreprocessing(preprocessor, command, unit.get());
+    readInputs(sources, facts);
+    DeclarationReader declarations(sources, facts, settings.wantsUses);
+    visitChildren(clang_getTranslationUnitCursor(unit.get()), [&](CXCursor cursor) {
+        if (!clang_isPreprocessing(clang_getCursorKind(cursor))) declarations.declare(cursor);
+        return CXChildVisit_Continue;
+    });
+    declarations.finish();
+    sink(std::move(facts));
+}
+
+UnitFacts parseUnit(CompileCommand const& command, ParserSettings const& settings,
+                    ProjectPaths const& paths) {
+    UnitFacts result;
+    parseUnit(command, settings, paths, [&result](UnitFacts&& facts) { result = std::move(facts); });
+    return result;
 }
 
 } // namespace zelkor::producer

@@ -28,7 +28,10 @@ Digest commandDigest(CompileCommand const& command, ParserSettings const& settin
                      ProjectPaths const& paths);
 
 // Parses with an index of its own, so that calls from different threads do not meet. Never throws for what
-// the sources hold: trouble is in `failure` and `diagnostics`.
+// the sources hold: trouble is in `failure` and `diagnostics`. The sink gets the facts, once, before what the
+// front end holds of the unit is freed, which takes a while: others may go on with them meanwhile.
+void parseUnit(CompileCommand const& command, ParserSettings const& settings, ProjectPaths const& paths,
+               UnitSink const& sink);
 UnitFacts parseUnit(CompileCommand const& command, ParserSettings const& settings, ProjectPaths const& paths);
 
 } // namespace zelkor::producer
