@@ -9,7 +9,7 @@ packages=(
   g++ cmake ninja-build ccache git pkg-config
   libboost-dev rapidjson-dev libexpat1-dev
   libclang-19-dev libclang-common-19-dev
-  libcereal-dev libxxhash-dev libzstd-dev nettle-dev
+  libcereal-dev libxxhash-dev libzstd-dev nettle-dev robin-map-dev
   python3 python3-jinja2 python3-jsonschema libxml2-utils
   libgtest-dev
   python3-dev pybind11-dev mypy

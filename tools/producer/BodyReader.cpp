@@ -345,9 +345,8 @@ Id BodyReader::refer(CXCursor declaration) {
 Id BodyReader::variableOf(CXCursor referenced) {
     CXCursorKind const kind = clang_getCursorKind(referenced);
     if (kind == CXCursor_ParmDecl) {
-        auto const [entry, isNew] = parameters_.try_emplace(referenced);
-        if (isNew) entry->second = declarations_.functionParameter(referenced);
-        return entry->second;
+        if (auto const known = parameters_.find(referenced); known != parameters_.end()) return known->second;
+        return parameters_.emplace(referenced, declarations_.functionParameter(referenced)).first->second;
     }
     // Locals are known where they stand; those of instantiations and those that the front end made are not.
     bool const isLocal =
@@ -356,26 +355,31 @@ Id BodyReader::variableOf(CXCursor referenced) {
 }
 
 bool BodyReader::isPlainCast(CXCursor function) {
-    auto const [entry, isNew] = plainCasts_.try_emplace(function, false);
-    if (isNew && !declarations_.sources().inProject(function)) {
+    if (auto const known = plainCasts_.find(function); known != plainCasts_.end()) return known->second;
+    bool isPlain = false;
+    if (!declarations_.sources().inProject(function)) {
         std::string const name = toText(clang_getCursorSpelling(function));
-        entry->second = (name == "move" || name == "forward" || name == "move_if_noexcept") &&
-                        toText(clang_getCursorSpelling(clang_getCursorSemanticParent(function))) == "std" &&
-                        clang_getNumArgTypes(clang_getCursorType(function)) == 1;
+        isPlain = (name == "move" || name == "forward" || name == "move_if_noexcept") &&
+                  toText(clang_getCursorSpelling(clang_getCursorSemanticParent(function))) == "std" &&
+                  clang_getNumArgTypes(clang_getCursorType(function)) == 1;
     }
-    return entry->second;
+    plainCasts_.emplace(function, isPlain);
+    return isPlain;
 }
 
 CXCursor BodyReader::destructorOf(CXCursor record) {
-    auto const [entry, isNew] = destructors_.try_emplace(record, clang_getNullCursor());
+    if (auto const known = destructors_.find(record); known != destructors_.end()) return known->second;
     CXCursor const definition = clang_getCursorDefinition(record);
-    if (!isNew || isNull(definition)) return entry->second;
-    visitChildren(definition, [&, &found = entry->second](CXCursor child) {
-        if (clang_getCursorKind(child) != CXCursor_Destructor) return CXChildVisit_Continue;
-        found = child;
-        return CXChildVisit_Break;
-    });
-    return entry->second;
+    CXCursor destructor = clang_getNullCursor();
+    if (!isNull(definition)) {
+        visitChildren(definition, [&destructor](CXCursor child) {
+            if (clang_getCursorKind(child) != CXCursor_Destructor) return CXChildVisit_Continue;
+            destructor = child;
+            return CXChildVisit_Break;
+        });
+    }
+    destructors_.emplace(record, destructor);
+    return destructor;
 }
 
 } // namespace zelkor::producer

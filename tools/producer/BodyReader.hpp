@@ -5,8 +5,6 @@
 #include "Facts.hpp"
 #include "UseRecorder.hpp"
 
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace zelkor::producer {
@@ -53,12 +51,12 @@ class BodyReader {
 
     DeclarationReader& declarations_;
     UseRecorder& uses_;
-    std::unordered_set<Id, IdHash> read_; // functions whose bodies were met
+    IdSet read_; // functions whose bodies were met
     std::vector<std::pair<Id, CXCursor>> used_;
-    std::unordered_set<Id, IdHash> usedIds_;
-    std::unordered_map<CXCursor, CXCursor, CursorHash, CursorEqual> destructors_;
-    std::unordered_map<CXCursor, bool, CursorHash, CursorEqual> plainCasts_;
-    std::unordered_map<CXCursor, Id, CursorHash, CursorEqual> parameters_;
+    IdSet usedIds_;
+    CursorMap<CXCursor> destructors_;
+    CursorMap<bool> plainCasts_;
+    CursorMap<Id> parameters_;
 };
 
 } // namespace zelkor::producer

@@ -5,6 +5,10 @@
 #include <clang-c/CXCompilationDatabase.h>
 #include <clang-c/Index.h>
 
+#include <tsl/robin_map.h>
+#include <tsl/robin_set.h>
+
+#include <cstdint>
 #include <exception>
 #include <memory>
 #include <string>
@@ -35,11 +39,19 @@ using ClangCommands = std::unique_ptr<void, ClangDeleter<CXCompileCommands, clan
 using ClangDiagnostic = std::unique_ptr<void, ClangDeleter<CXDiagnostic, clang_disposeDiagnostic>>;
 
 struct CursorHash {
-    std::size_t operator()(CXCursor const& cursor) const { return clang_hashCursor(cursor); }
+    // The front end's hash has 32 bits, the low ones of which come from addresses.
+    std::size_t operator()(CXCursor const& cursor) const {
+        return (clang_hashCursor(cursor) * std::uint64_t{0x9E3779B97F4A7C15}) >> 32;
+    }
 };
 struct CursorEqual {
     bool operator()(CXCursor const& a, CXCursor const& b) const { return clang_equalCursors(a, b) != 0; }
 };
+
+// Tables by cursor. What points into them is valid until something is added.
+template <class Value>
+using CursorMap = tsl::robin_map<CXCursor, Value, CursorHash, CursorEqual>;
+using CursorSet = tsl::robin_set<CXCursor, CursorHash, CursorEqual>;
 
 // Equality of cursors on one node. Those of expressions and statements also hold the declaration around them,
 // which is not the same for each way that leads to them, and is wrong after a declaration inside of an

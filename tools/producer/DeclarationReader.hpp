@@ -9,7 +9,6 @@
 
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace zelkor::producer {
@@ -108,15 +107,15 @@ class DeclarationReader {
     UseRecorder uses_;
     BodyReader bodies_;
     std::deque<Entity> entities_;
-    std::unordered_map<Id, Entity*, IdHash> table_;
-    std::unordered_map<CXCursor, Id, CursorHash, CursorEqual> identities_;
-    std::unordered_set<CXCursor, CursorHash, CursorEqual> described_;
-    std::unordered_set<CXCursor, CursorHash, CursorEqual> describedPrototypes_;
-    std::unordered_set<Id, IdHash> met_;
+    IdMap<Entity*> table_;
+    CursorMap<Id> identities_;
+    CursorSet described_;
+    CursorSet describedPrototypes_;
+    IdSet met_;
     std::vector<Entity*> order_;
     std::vector<CXCursor> records_;
-    std::unordered_set<Id, IdHash> written_; // aggregates whose contents stand in the source
-    std::unordered_map<Id, std::vector<TemplateParameterFact>, IdHash> parameters_;
+    IdSet written_; // aggregates whose contents stand in the source
+    std::unordered_map<Id, std::vector<TemplateParameterFact>, IdHash> parameters_; // whose places last
 };
 
 // What a cursor is called in the model: nothing for lambdas and unnamed aggregates.

@@ -108,7 +108,7 @@ class Emitter {
     ProjectFacts& facts_;
     zelkor::ast::Project project_;
     std::vector<zelkor::ast::source::CompilationUnit> units_;
-    std::unordered_map<Id, brant::zero::ModelElement, IdHash> elements_;
+    IdMap<brant::zero::ModelElement> elements_;
     std::unordered_map<brant::zero::meta::Class const*, std::size_t> created_;
 };
 

@@ -3,6 +3,9 @@
 
 #include <boost/uuid/uuid.hpp>
 
+#include <tsl/robin_map.h>
+#include <tsl/robin_set.h>
+
 #include <cstddef>
 #include <cstring>
 #include <string_view>
@@ -19,6 +22,11 @@ struct IdHash {
         return hash;
     }
 };
+
+// Tables by identity. What points into them is valid until something is added.
+template <class Value>
+using IdMap = tsl::robin_map<Id, Value, IdHash>;
+using IdSet = tsl::robin_set<Id, IdHash>;
 
 // Version 5 UUID of a key within a family; equal arguments give equal identities in every process.
 Id makeId(std::string_view family, std::string_view key);

@@ -204,7 +204,7 @@ std::vector<Position> const& ProjectFacts::macroUses(Id const& macro) const {
 void ProjectFacts::addFile(FileFact&& file) {
     auto const [entry, isNew] = fileTable_.try_emplace(file.id);
     if (isNew) {
-        entry->second = &files_.emplace_back(std::move(file));
+        entry.value() = &files_.emplace_back(std::move(file));
         return;
     }
     FileFact& known = *entry->second;
@@ -249,7 +249,7 @@ void ProjectFacts::addEntity(Entity&& entity, std::size_t unit) {
     if (isDropped(entity)) return;
     auto const [entry, isNew] = entityTable_.try_emplace(id);
     if (isNew) {
-        entry->second = &entities_.emplace_back(MergedEntity{std::move(entity), unit, order_.size()});
+        entry.value() = &entities_.emplace_back(MergedEntity{std::move(entity), unit, order_.size()});
         order_.push_back(entry->second);
         return;
     }

@@ -7,8 +7,6 @@
 #include <optional>
 #include <set>
 #include <tuple>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace zelkor::producer {
@@ -73,25 +71,24 @@ class ProjectFacts {
     void addUses(UnitFacts& unit);
 
     std::vector<MergedUnit> units_;
-    std::unordered_set<Id, IdHash> mainFiles_;
+    IdSet mainFiles_;
     std::optional<TargetFacts> target_;
     bool hasMixedTargets_ = false;
     std::deque<FileFact> files_;
-    std::unordered_map<Id, FileFact*, IdHash> fileTable_;
-    std::unordered_map<Id, std::pair<std::size_t, std::size_t>, IdHash> macroTable_;
+    IdMap<FileFact*> fileTable_;
+    IdMap<std::pair<std::size_t, std::size_t>> macroTable_;
     std::deque<MergedEntity> entities_;
     std::vector<MergedEntity*> order_;
-    std::unordered_map<Id, MergedEntity*, IdHash> entityTable_;
-    std::unordered_set<Id, IdHash>
-        losers_; // entities of the present unit that are in the project in another form, or not
+    IdMap<MergedEntity*> entityTable_;
+    IdSet losers_; // entities of the present unit that are in the project in another form, or not
     std::deque<MergedType> types_;
-    std::unordered_set<Id, IdHash> typeTable_;
+    IdSet typeTable_;
     std::vector<Variant> variants_;
     std::set<std::tuple<Id, Id, unsigned, unsigned>> knownVariants_; // entity, file, line, column
     std::deque<UseFacts> uses_;
-    std::unordered_map<Id, std::size_t, IdHash> users_; // their places in the list before
+    IdMap<std::size_t> users_; // their places in the list before
     std::vector<OverrideFact> overrides_;
-    std::unordered_map<Id, std::vector<Position>, IdHash> macroUses_;
+    IdMap<std::vector<Position>> macroUses_;
     std::set<std::pair<Id, Id>> knownOverrides_;
     std::set<std::tuple<Id, Id, unsigned, unsigned>> knownMacroUses_; // macro, file, line, column
 };

@@ -49,10 +49,10 @@ class PreprocessorReader {
     SourceIndex& sources_;
     UnitFacts& facts_;
     std::unordered_map<CXFile, std::size_t> fileIndex_;
-    std::unordered_map<Id, std::size_t, IdHash> fileById_;
+    IdMap<std::size_t> fileById_;
     std::vector<CXFile> handles_;
     std::vector<PendingMacro> macros_;
-    std::unordered_map<CXCursor, std::size_t, CursorHash, CursorEqual> macroIndex_;
+    CursorMap<std::size_t> macroIndex_;
     std::map<std::string, std::string> predefined_;
     std::map<std::string, MacroFact> builtins_;
     std::vector<PendingUse> uses_;

@@ -14,7 +14,7 @@ namespace {
 class RivalFinder {
   public:
     RivalFinder(UnitFacts const& unit, std::function<Entity const*(Id const&)> const& known,
-                std::unordered_set<Id, IdHash> const& mainFiles)
+                IdSet const& mainFiles)
         : unit_(unit), known_(known), mainFiles_(mainFiles) {
         for (Entity const& entity : unit.entities) {
             if (entity.kind == EntityKind::Namespace) namespaces_.insert(entity.id);
@@ -131,10 +131,10 @@ class RivalFinder {
 
     UnitFacts const& unit_;
     std::function<Entity const*(Id const&)> const& known_;
-    std::unordered_set<Id, IdHash> const& mainFiles_;
-    std::unordered_set<Id, IdHash> namespaces_;
+    IdSet const& mainFiles_;
+    IdSet namespaces_;
     Renaming renaming_;
-    std::unordered_map<Id, Id, IdHash> files_; // of the definition that each renamed thing belongs to
+    IdMap<Id> files_; // of the definition that each renamed thing belongs to
 };
 
 // An archive that neither writes nor reads: it comes by every identity of a fact.
@@ -175,7 +175,7 @@ class Renamer {
 } // namespace
 
 Renaming findRivals(UnitFacts const& unit, std::function<Entity const*(Id const&)> const& known,
-                    std::unordered_set<Id, IdHash> const& mainFiles) {
+                    IdSet const& mainFiles) {
     return RivalFinder(unit, known, mainFiles).find();
 }
 

@@ -135,7 +135,7 @@ TypeReader::TypeReader(DeclarationReader& declarations, UnitFacts& facts)
 
 Id TypeReader::read(CXType type, CXCursor context) {
     if (type.kind == CXType_Invalid) return Id{};
-    std::pair<int, void const*> const address{type.kind, type.data[0]};
+    Address const address{type.kind, type.data[0]};
     if (auto const known = memo_.find(address); known != memo_.end()) return known->second;
     if (depth_ >= deepestType) return opaque("/* too deep */", context, false);
     std::size_t const usesBefore = contextUses_;

@@ -5,10 +5,9 @@
 #include "AliasIndex.hpp"
 #include "Facts.hpp"
 
+#include <cstdint>
 #include <functional>
-#include <map>
 #include <string_view>
-#include <unordered_set>
 #include <utility>
 
 namespace zelkor::producer {
@@ -53,11 +52,21 @@ class TypeReader {
     Id parameter(std::string const& canonicalText, CXCursor context);
     Id add(TypeFact&& fact, std::string const& key);
 
+    // What the front end knows a type by; in a unit equal ones are the same type.
+    using Address = std::pair<int, void const*>; // kind and pointer
+    struct AddressHash {
+        std::size_t operator()(Address const& address) const noexcept {
+            auto const bits = reinterpret_cast<std::uintptr_t>(address.second) ^
+                              std::uint64_t(static_cast<unsigned>(address.first)) << 48;
+            return (bits * 0x9E3779B97F4A7C15U) >> 32;
+        }
+    };
+
     DeclarationReader& declarations_;
     UnitFacts& facts_;
     AliasIndex aliases_;
-    std::unordered_set<Id, IdHash> known_;
-    std::map<std::pair<int, void const*>, Id> memo_;
+    IdSet known_;
+    tsl::robin_map<Address, Id, AddressHash> memo_;
     // Counts what depends on the context, so that only the rest is remembered by the front end's own address.
     std::size_t contextUses_ = 0;
     unsigned depth_ = 0;

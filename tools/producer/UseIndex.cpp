@@ -8,14 +8,14 @@ namespace zelkor::producer {
 
 namespace {
 
-void addOnce(std::vector<Id>& list, std::unordered_set<Id, IdHash>& known, Id const& id) {
+void addOnce(std::vector<Id>& list, IdSet& known, Id const& id) {
     if (known.insert(id).second) list.push_back(id);
 }
 
 } // namespace
 
 UseIndex::UseIndex(std::deque<UseFacts> const& uses, std::vector<OverrideFact> const& overrides) {
-    std::unordered_map<Id, std::unordered_set<Id, IdHash>, IdHash> known;
+    IdMap<IdSet> known;
     for (UseFacts const& facts : uses) {
         table_.emplace(facts.owner, &facts);
         for (std::size_t kind = 0; kind < useKindCount; ++kind)
@@ -107,7 +107,7 @@ class CallGraph {
   private:
     UseIndex const& index_;
     std::vector<Id> const& elements_;
-    std::unordered_map<Id, Number, IdHash> numbers_;
+    IdMap<Number> numbers_;
 };
 
 struct Closed {

@@ -4,8 +4,6 @@
 #include "UseFacts.hpp"
 
 #include <deque>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace zelkor::producer {
@@ -24,11 +22,11 @@ class UseIndex {
     std::vector<Id> const& overriders(Id const& method) const { return find(overriders_, method); }
 
   private:
-    using Lists = std::unordered_map<Id, std::vector<Id>, IdHash>;
+    using Lists = IdMap<std::vector<Id>>;
     static std::vector<Id> const& find(Lists const& lists, Id const& id);
 
-    std::unordered_map<Id, UseFacts const*, IdHash> table_;
-    std::array<std::unordered_set<Id, IdHash>, useKindCount> used_;
+    IdMap<UseFacts const*> table_;
+    std::array<IdSet, useKindCount> used_;
     Lists pointers_;
     Lists overriders_;
 };

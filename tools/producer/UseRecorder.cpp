@@ -1,7 +1,5 @@
 #include "UseRecorder.hpp"
 
-#include <boost/functional/hash.hpp>
-
 #include <algorithm>
 #include <iterator>
 #include <tuple>
@@ -10,10 +8,6 @@ namespace zelkor::producer {
 
 namespace {
 
-// Beside the kinds of uses, which begin at 0.
-constexpr unsigned overrideKey = 100;
-constexpr unsigned pointerKey = 101;
-
 auto orderOf(Position const& position) {
     return std::tuple(position.file, position.line, position.column);
 }
@@ -21,31 +15,29 @@ auto orderOf(Position const& position) {
 } // namespace
 
 std::size_t UseRecorder::KeyHash::operator()(Key const& key) const noexcept {
-    std::size_t seed = key.kind;
-    boost::hash_combine(seed, IdHash{}(key.first));
-    boost::hash_combine(seed, IdHash{}(key.second));
-    boost::hash_combine(seed, IdHash{}(key.third));
-    return seed;
+    std::uint64_t const use = std::uint64_t{key.owner} << 32 | key.kind;
+    return IdHash{}(key.target) ^ (use * 0x9E3779B97F4A7C15U);
 }
 
-UseFacts& UseRecorder::usesOf(Id const& owner) {
-    auto const [entry, isNew] = table_.try_emplace(owner);
-    if (isNew) {
-        entry->second = &uses_.emplace_back();
-        entry->second->owner = owner;
-    }
-    return *entry->second;
+std::uint32_t UseRecorder::numberOf(Id const& owner) {
+    if (owner == lastOwner_ && !uses_.empty()) return lastNumber_;
+    auto const [entry, isNew] = numbers_.try_emplace(owner, static_cast<std::uint32_t>(uses_.size()));
+    if (isNew) uses_.emplace_back().owner = owner;
+    lastOwner_ = owner;
+    lastNumber_ = entry->second;
+    return lastNumber_;
 }
 
 void UseRecorder::add(Id const& owner, UseKind kind, Id const& target) {
     if (!isWanted_ || owner.is_nil() || target.is_nil()) return;
-    if (known_.insert({owner, target, static_cast<unsigned>(kind), {}}).second)
-        usesOf(owner).of(kind).push_back(target);
+    std::uint32_t const number = numberOf(owner);
+    if (known_.insert({target, number, static_cast<std::uint32_t>(kind)}).second)
+        uses_[number].of(kind).push_back(target);
 }
 
 void UseRecorder::addPointer(Id const& owner, Id const& pointer, Id const& target) {
     if (!isWanted_ || owner.is_nil() || pointer.is_nil() || target.is_nil()) return;
-    if (known_.insert({pointer, target, pointerKey, owner}).second)
+    if (knownPointers_.emplace(owner, pointer, target).second)
         usesOf(owner).pointers.push_back({pointer, target});
 }
 
@@ -59,8 +51,7 @@ void UseRecorder::addAssembler(Id const& owner) {
 
 void UseRecorder::addOverride(Id const& method, Id const& overridden) {
     if (!isWanted_ || method.is_nil() || overridden.is_nil()) return;
-    if (known_.insert({method, overridden, overrideKey, {}}).second)
-        overrides_.push_back({method, overridden});
+    if (knownOverrides_.emplace(method, overridden).second) overrides_.push_back({method, overridden});
 }
 
 void UseRecorder::addExtent(Id const& owner, Range const& extent) {

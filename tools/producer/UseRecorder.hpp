@@ -3,9 +3,12 @@
 
 #include "Facts.hpp"
 
+#include <cstdint>
 #include <deque>
-#include <unordered_map>
-#include <unordered_set>
+#include <set>
+#include <tuple>
+#include <utility>
+#include <vector>
 
 namespace zelkor::producer {
 
@@ -26,11 +29,11 @@ class UseRecorder {
     void finish(UnitFacts& facts);
 
   private:
+    // Owners by number make small keys, of which a large unit has hundreds of thousands.
     struct Key {
-        Id first{};
-        Id second{};
-        unsigned kind = 0;
-        Id third{};
+        Id target{};
+        std::uint32_t owner = 0;
+        std::uint32_t kind = 0;
 
         friend bool operator==(Key const&, Key const&) = default;
     };
@@ -42,13 +45,18 @@ class UseRecorder {
         Id owner{};
     };
 
-    UseFacts& usesOf(Id const& owner);
+    std::uint32_t numberOf(Id const& owner);
+    UseFacts& usesOf(Id const& owner) { return uses_[numberOf(owner)]; }
     void assignMacros(std::vector<MacroUse> const& uses);
 
     bool isWanted_;
     std::deque<UseFacts> uses_;
-    std::unordered_map<Id, UseFacts*, IdHash> table_;
-    std::unordered_set<Key, KeyHash> known_;
+    IdMap<std::uint32_t> numbers_; // places in the list before
+    Id lastOwner_{};               // uses come body by body
+    std::uint32_t lastNumber_ = 0;
+    tsl::robin_set<Key, KeyHash> known_;
+    std::set<std::tuple<Id, Id, Id>> knownPointers_; // owner, pointer, target
+    std::set<std::pair<Id, Id>> knownOverrides_;
     std::vector<OverrideFact> overrides_;
     std::vector<Extent> extents_;
 };
