@@ -8,16 +8,13 @@ namespace zelkor::producer {
 
 namespace {
 
+constexpr std::size_t longList = 48;
+
 auto orderOf(Position const& position) {
     return std::tuple(position.file, position.line, position.column);
 }
 
 } // namespace
-
-std::size_t UseRecorder::KeyHash::operator()(Key const& key) const noexcept {
-    std::uint64_t const use = std::uint64_t{key.owner} << 32 | key.kind;
-    return IdHash{}(key.target) ^ (use * 0x9E3779B97F4A7C15U);
-}
 
 std::uint32_t UseRecorder::numberOf(Id const& owner) {
     if (owner == lastOwner_ && !uses_.empty()) return lastNumber_;
@@ -31,8 +28,17 @@ std::uint32_t UseRecorder::numberOf(Id const& owner) {
 void UseRecorder::add(Id const& owner, UseKind kind, Id const& target) {
     if (!isWanted_ || owner.is_nil() || target.is_nil()) return;
     std::uint32_t const number = numberOf(owner);
-    if (known_.insert({target, number, static_cast<std::uint32_t>(kind)}).second)
-        uses_[number].of(kind).push_back(target);
+    if (!isKnown(number, kind, target)) uses_[number].of(kind).push_back(target);
+}
+
+// Nearly all lists are short, and to go through one costs less than any table, which would hold some hundred
+// thousand uses of a large unit.
+bool UseRecorder::isKnown(std::uint32_t owner, UseKind kind, Id const& target) {
+    std::vector<Id> const& list = uses_[owner].of(kind);
+    if (list.size() < longList) return std::find(list.begin(), list.end(), target) != list.end();
+    auto const [entry, isNew] = known_.try_emplace({owner, kind});
+    if (isNew) entry->second.insert(list.begin(), list.end());
+    return !entry->second.insert(target).second;
 }
 
 void UseRecorder::addPointer(Id const& owner, Id const& pointer, Id const& target) {

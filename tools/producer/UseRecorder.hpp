@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <set>
 #include <tuple>
 #include <utility>
@@ -29,17 +30,6 @@ class UseRecorder {
     void finish(UnitFacts& facts);
 
   private:
-    // Owners by number make small keys, of which a large unit has hundreds of thousands.
-    struct Key {
-        Id target{};
-        std::uint32_t owner = 0;
-        std::uint32_t kind = 0;
-
-        friend bool operator==(Key const&, Key const&) = default;
-    };
-    struct KeyHash {
-        std::size_t operator()(Key const& key) const noexcept;
-    };
     struct Extent {
         Range range;
         Id owner{};
@@ -47,6 +37,7 @@ class UseRecorder {
 
     std::uint32_t numberOf(Id const& owner);
     UseFacts& usesOf(Id const& owner) { return uses_[numberOf(owner)]; }
+    bool isKnown(std::uint32_t owner, UseKind kind, Id const& target);
     void assignMacros(std::vector<MacroUse> const& uses);
 
     bool isWanted_;
@@ -54,8 +45,8 @@ class UseRecorder {
     IdMap<std::uint32_t> numbers_; // places in the list before
     Id lastOwner_{};               // uses come body by body
     std::uint32_t lastNumber_ = 0;
-    tsl::robin_set<Key, KeyHash> known_;
-    std::set<std::tuple<Id, Id, Id>> knownPointers_; // owner, pointer, target
+    std::map<std::pair<std::uint32_t, UseKind>, IdSet> known_; // of the lists that are too long to search
+    std::set<std::tuple<Id, Id, Id>> knownPointers_;           // owner, pointer, target
     std::set<std::pair<Id, Id>> knownOverrides_;
     std::vector<OverrideFact> overrides_;
     std::vector<Extent> extents_;
