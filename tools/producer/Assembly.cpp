@@ -1,7 +1,5 @@
 #include "Assembly.hpp"
 
-#include "Emitter.hpp"
-
 #include <set>
 #include <utility>
 
@@ -23,6 +21,11 @@ std::string placeText(ProjectFacts const& facts, Position const& position) {
     FileFact const* const file = facts.file(position.file);
     return (file ? file->path : std::string("?")) + ':' + std::to_string(position.line) + ':' +
            std::to_string(position.column);
+}
+
+brant::zero::Transaction beginFilling(zelkor::ast::Ast& ast) {
+    if (ast.getModel().size() != 0) throw ImportError("the model is not empty; import into a new one");
+    return ast.getModel().beginTransaction();
 }
 
 } // namespace
@@ -52,16 +55,19 @@ void reportUnit(UnitFacts const& facts, ImportResult& result) {
 }
 
 Assembly::Assembly(zelkor::ast::Ast& ast, ImportOptions const& options)
-    : ast_(ast), options_(options), facts_(std::make_shared<ProjectFacts>()) {
-    if (ast.getModel().size() != 0) throw ImportError("the model is not empty; import into a new one");
-}
+    : options_(options), facts_(std::make_shared<ProjectFacts>()), transaction_(beginFilling(ast)),
+      emitter_(ast, *facts_) {}
 
-bool Assembly::add(UnitFacts&& unit, std::size_t unitsTotal) {
-    if (isCancelled()) return false;
-    reportUnit(unit, result_);
-    facts_->add(std::move(unit));
-    if (options_.progress) options_.progress({result_.units.size(), unitsTotal, result_.units.back().file});
-    return true;
+void Assembly::addAll(ParallelReader& reader, std::size_t units) {
+    for (std::size_t i = 0; i < units; ++i) {
+        // While the rest of the unit is still being read.
+        emitter_.emitComments(reader.files(i));
+        UnitFacts unit = reader.take(i);
+        if (isCancelled()) return;
+        reportUnit(unit, result_);
+        facts_->add(std::move(unit));
+        if (options_.progress) options_.progress({result_.units.size(), units, result_.units.back().file});
+    }
 }
 
 void Assembly::reportVariants() {
@@ -78,11 +84,9 @@ void Assembly::reportVariants() {
 ImportResult Assembly::finish() {
     if (!isCancelled()) {
         reportVariants();
-        brant::zero::Transaction transaction = ast_.getModel().beginTransaction();
-        Emitter emitter(ast_, *facts_);
-        emitter.emit(options_.insight);
-        if (!isCancelled()) transaction.commit();
-        result_.created = emitter.created();
+        emitter_.emit(options_.insight);
+        if (!isCancelled()) transaction_.commit();
+        result_.created = emitter_.created();
     }
     result_.isCancelled = isCancelled();
     result_.workspace = facts_;

@@ -42,8 +42,7 @@ za::types::IntegerKind toModel(IntegerKind kind) {
     return integerKinds[static_cast<std::size_t>(kind)];
 }
 
-void Emitter::emitProject() {
-    project_ = create<za::Project>(makeId("project", ""));
+void Emitter::describeProject() {
     TargetFacts const& target = facts_.target();
     project_.setIsLittleEndian(target.isLittleEndian);
     project_.setPlainCharsAreSigned(target.charIsSigned);
@@ -62,18 +61,27 @@ void Emitter::emitProject() {
     project_.setWcharTypeKind(toModel(target.wcharType));
 }
 
-void Emitter::emitFiles() {
-    for (FileFact const& fact : facts_.files()) {
+void Emitter::emitComments(std::span<FileFact const> files) {
+    for (FileFact const& fact : files) {
+        if (elements_.contains(fact.id)) continue;
         za::source::SourceFile const file = create<za::source::SourceFile>(fact.id);
         file.setPath(toModelText(fact.path));
         elements_.emplace(fact.id, file);
         project_.getFilesMutable().insert(file);
+        std::size_t ordinal = 0;
+        for (CommentFact const& comment : fact.comments)
+            emitComment(file, comment, makeId(fact.id, "comment", ordinal++));
     }
-    for (FileFact const& fact : facts_.files())
-        emitFile(fact);
 }
 
-void Emitter::emitFile(FileFact const& fact) {
+void Emitter::emitComment(za::source::SourceFile const& file, CommentFact const& fact, Id const& id) {
+    za::Comment const comment = create<za::Comment>(id);
+    comment.setText(toModelText(fact.text));
+    comment.setPosition(range(fact.range, makeId(id, "range")));
+    file.getCommentsMutable().add(comment);
+}
+
+void Emitter::describeFile(FileFact const& fact) {
     auto const file = find<za::source::SourceFile>(fact.id);
     file.setWrittenName(toModelText(fact.writtenName));
     file.setIsInclude(fact.isInclude);
@@ -84,14 +92,6 @@ void Emitter::emitFile(FileFact const& fact) {
     for (IncludeFact const& include : fact.includes) {
         file.getIncludedFilesMutable().add(find<za::source::SourceFile>(include.file));
         file.getIncludedFileWrittenNamesMutable().push_back(toModelText(include.writtenName));
-    }
-    std::size_t ordinal = 0;
-    for (CommentFact const& fact : fact.comments) {
-        Id const id = makeId(fact.range.start.file, "comment", ordinal++);
-        za::Comment const comment = create<za::Comment>(id);
-        comment.setText(toModelText(fact.text));
-        comment.setPosition(range(fact.range, makeId(id, "range")));
-        file.getCommentsMutable().add(comment);
     }
 }
 

@@ -25,11 +25,13 @@ std::u16string toModelText(std::string_view bytes) {
     return text;
 }
 
-Emitter::Emitter(za::Ast& ast, ProjectFacts& facts) : model_(ast.getModel()), facts_(facts) {}
+Emitter::Emitter(za::Ast& ast, ProjectFacts& facts)
+    : model_(ast.getModel()), facts_(facts), project_(create<za::Project>(makeId("project", ""))) {}
 
 void Emitter::emit(Insight insight) {
-    emitProject();
-    emitFiles();
+    describeProject();
+    for (FileFact const& file : facts_.files())
+        describeFile(file);
     std::size_t number = 0;
     for (MergedUnit const& unit : facts_.units())
         emitUnit(unit, number++);

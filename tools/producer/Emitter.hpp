@@ -8,6 +8,7 @@
 #include <zelkor/ast.hpp>
 
 #include <map>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <utility>
@@ -23,7 +24,10 @@ class Emitter {
   public:
     Emitter(zelkor::ast::Ast& ast, ProjectFacts& facts);
 
-    // Creates all elements, then links them; call once, within a transaction.
+    // Files that are new, with their comments, before all else is known of them. All calls are to be within
+    // one transaction.
+    void emitComments(std::span<FileFact const> files);
+    // Creates all other elements, then links them; call once.
     void emit(Insight insight);
     // Elements by class, in short form: "Function", "types.PointerType".
     std::map<std::string, std::size_t> created() const;
@@ -36,9 +40,9 @@ class Emitter {
     }
 
     // EmitFiles.cpp
-    void emitProject();
-    void emitFiles();
-    void emitFile(FileFact const& fact);
+    void describeProject();
+    void describeFile(FileFact const& fact);
+    void emitComment(zelkor::ast::source::SourceFile const& file, CommentFact const& fact, Id const& id);
     void emitUnit(MergedUnit const& unit, std::size_t number);
     void emitMacro(zelkor::ast::source::CompilationUnit const& unit, MacroFact const& fact);
     zelkor::ast::source::SourcePosition position(Position const& position, Id const& id);
@@ -106,10 +110,10 @@ class Emitter {
 
     brant::zero::Model model_;
     ProjectFacts& facts_;
-    zelkor::ast::Project project_;
     std::vector<zelkor::ast::source::CompilationUnit> units_;
     IdMap<brant::zero::ModelElement> elements_;
     std::unordered_map<brant::zero::meta::Class const*, std::size_t> created_;
+    zelkor::ast::Project project_; // the first that is created
 };
 
 } // namespace zelkor::producer

@@ -11,6 +11,7 @@
 #include <deque>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
@@ -418,7 +419,12 @@ struct UnitFacts {
     }
 };
 
-// Takes a unit from the thread that read it.
-using UnitSink = std::function<void(UnitFacts&&)>;
+// Takes a unit from the thread that reads it, in one step or in two.
+struct UnitSink {
+    std::function<void(UnitFacts&&)> unit; // once
+    // Before that, when there is such a function: the files as they will be in the unit, and at their place
+    // in memory, so that others may go on with their comments while declarations are read.
+    std::function<void(std::span<FileFact const>)> files = nullptr;
+};
 
 } // namespace zelkor::producer

@@ -22,12 +22,19 @@ void ParallelReader::stop() {
     room_.notify_all();
 }
 
+std::span<FileFact const> ParallelReader::files(std::size_t number) {
+    std::unique_lock lock(mutex_);
+    ready_.wait(lock, [&] { return results_[number].files.has_value() || failure_; });
+    if (failure_) std::rethrow_exception(failure_);
+    return *results_[number].files;
+}
+
 UnitFacts ParallelReader::take(std::size_t number) {
     std::unique_lock lock(mutex_);
-    ready_.wait(lock, [&] { return results_[number].has_value() || failure_; });
+    ready_.wait(lock, [&] { return results_[number].unit.has_value() || failure_; });
     if (failure_) std::rethrow_exception(failure_);
-    UnitFacts facts = *std::move(results_[number]);
-    results_[number].reset();
+    UnitFacts facts = *std::move(results_[number].unit);
+    results_[number] = {};
     taken_ = number + 1;
     room_.notify_all();
     return facts;
@@ -42,14 +49,25 @@ std::optional<std::size_t> ParallelReader::next() {
     return started_++;
 }
 
+void ParallelReader::setFiles(std::size_t number, std::span<FileFact const> files) {
+    std::lock_guard const lock(mutex_);
+    results_[number].files = files;
+    ready_.notify_all();
+}
+
+void ParallelReader::setUnit(std::size_t number, UnitFacts&& unit) {
+    std::lock_guard const lock(mutex_);
+    Result& result = results_[number];
+    result.unit = std::move(unit);
+    result.files = result.unit->files;
+    ready_.notify_all();
+}
+
 void ParallelReader::work() {
     try {
         while (std::optional<std::size_t> const number = next()) {
-            read_(*number, [this, &number](UnitFacts&& facts) {
-                std::lock_guard const lock(mutex_);
-                results_[*number] = std::move(facts);
-                ready_.notify_all();
-            });
+            read_(*number, {[&](UnitFacts&& unit) { setUnit(*number, std::move(unit)); },
+                            [&](std::span<FileFact const> files) { setFiles(*number, files); }});
         }
     } catch (...) {
         std::lock_guard const lock(mutex_);

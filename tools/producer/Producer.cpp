@@ -30,8 +30,7 @@ ImportResult importProject(zelkor::ast::Ast& ast, ImportOptions const& options) 
     ParallelReader reader(
         total, [&session](std::size_t number, UnitSink const& sink) { session.read(number, sink); },
         threadCount(options.jobs, total));
-    for (std::size_t i = 0; i < total && assembly.add(reader.take(i), total); ++i) {
-    }
+    assembly.addAll(reader, total);
     ImportResult result = assembly.finish();
     result.root = session.paths().root();
     session.finish(result);

@@ -35,11 +35,12 @@ void Session::read(std::size_t number, UnitSink const& sink) {
     CompileCommand const& command = commands_[number];
     if (!cache_) return parseUnit(command, settings_, paths_, sink);
     Digest const digest = commandDigest(command, settings_, paths_);
-    if (std::optional<UnitFacts> known = cache_->find(digest)) return sink(*std::move(known));
-    parseUnit(command, settings_, paths_, [&](UnitFacts&& facts) {
+    if (std::optional<UnitFacts> known = cache_->find(digest)) return sink.unit(*std::move(known));
+    auto const keep = [&](UnitFacts&& facts) {
         cache_->store(digest, paths_.root(), facts);
-        sink(std::move(facts));
-    });
+        sink.unit(std::move(facts));
+    };
+    parseUnit(command, settings_, paths_, {keep, sink.files});
 }
 
 UnitHead Session::head(std::size_t number, UnitFacts const& facts) const {

@@ -218,7 +218,7 @@ ImportResult importUnit(ImportOptions const& options, UnitOptions const& unit) {
     std::set<std::string> inputs;
     for (std::size_t const number : numbers) {
         UnitFacts facts;
-        session.read(number, [&facts](UnitFacts&& read) { facts = std::move(read); });
+        session.read(number, {[&facts](UnitFacts&& read) { facts = std::move(read); }});
         reportUnit(facts, result);
         writer.add(session.head(number, facts), facts);
         // What is missing belongs to them: while it is, a build engine tries again.
@@ -250,10 +250,9 @@ ImportResult mergeUnits(zelkor::ast::Ast& ast, std::vector<std::string> const& u
     {
         ParallelReader reader(
             plan.size(),
-            [&plan](std::size_t number, UnitSink const& sink) { sink(readPlanned(plan[number])); },
+            [&plan](std::size_t number, UnitSink const& sink) { sink.unit(readPlanned(plan[number])); },
             threadCount(options.jobs, plan.size()));
-        for (std::size_t i = 0; i < plan.size() && assembly.add(reader.take(i), plan.size()); ++i) {
-        }
+        assembly.addAll(reader, plan.size());
     }
     ImportResult result = assembly.finish();
     result.root = groups.empty() ? std::string() : groups.front().heads.front().root;

@@ -232,14 +232,15 @@ void parseUnit(CompileCommand const& command, ParserSettings const& settings, Pr
                UnitSink const& sink) {
     UnitFacts facts;
     facts.file = unitPath(command, paths);
-    if (!checkPaths(command, facts)) return sink(std::move(facts));
+    if (!checkPaths(command, facts)) return sink.unit(std::move(facts));
     ClangIndex const index(clang_createIndex(0, 0));
     ClangUnit const unit = parseSomehow(index.get(), command, settings, paths, facts);
-    if (!unit) return sink(std::move(facts));
+    if (!unit) return sink.unit(std::move(facts));
     SourceIndex sources(unit.get(), paths);
     readDiagnostics(sources, facts);
     PreprocessorReader preprocessor(sources, facts);
     readPreprocessing(preprocessor, command, unit.get());
+    if (sink.files) sink.files(facts.files);
     readInputs(sources, facts);
     DeclarationReader declarations(sources, facts, settings.wantsUses);
     visitChildren(clang_getTranslationUnitCursor(unit.get()), [&](CXCursor cursor) {
@@ -247,13 +248,13 @@ void parseUnit(CompileCommand const& command, ParserSettings const& settings, Pr
         return CXChildVisit_Continue;
     });
     declarations.finish();
-    sink(std::move(facts));
+    sink.unit(std::move(facts));
 }
 
 UnitFacts parseUnit(CompileCommand const& command, ParserSettings const& settings,
                     ProjectPaths const& paths) {
     UnitFacts result;
-    parseUnit(command, settings, paths, [&result](UnitFacts&& facts) { result = std::move(facts); });
+    parseUnit(command, settings, paths, {[&result](UnitFacts&& facts) { result = std::move(facts); }});
     return result;
 }
 
