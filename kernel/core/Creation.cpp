@@ -61,7 +61,7 @@ ModelElement Core::create(schema::ClassTable const& table, Model const& model,
                           boost::uuids::uuid const& uuid) {
     ModelImpl& body = requireModel(model);
     Level level(body);
-    body.requireFree(uuid);
+    body.expect(uuid);
     ModelElement element(table.construct(&body, uuid));
     announce(*element.get());
     level.commit();
@@ -290,7 +290,7 @@ ModelElementImpl& Builder::makeOnce(bool skipCascade, boost::uuids::uuid const& 
 
 ModelElementImpl& Builder::make(bool skipCascade, boost::uuids::uuid const& uuid) {
     ModelImpl& model = *orchestrator_->model().get();
-    model.requireFree(uuid);
+    model.expect(uuid);
     ModelElementImpl& element = *classTable().construct(&model, uuid);
     // Known to the transaction before anything can fail, so that it vanishes then.
     model.transactions().addCreated(element);

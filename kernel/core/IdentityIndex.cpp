@@ -22,73 +22,93 @@ std::uint32_t hashOf(boost::uuids::uuid const& uuid) noexcept {
 
 } // namespace
 
-void IdentityIndex::build(std::vector<ModelElementImpl*> const& elements) {
-    clear();
-    grow(std::bit_ceil(elements.size() * 2 + 64));
-    for (ModelElementImpl* element : elements)
-        insert(element);
+void IdentityIndex::build() {
+    entries_ = {}; // of an attempt that ran out of memory
+    used_ = 0;
+    grow(std::bit_ceil(registry_.size() * 2 + 64));
+    for (std::size_t slot = 0; slot < registry_.size(); ++slot)
+        add(registry_[slot]->uuid(), static_cast<std::uint32_t>(slot));
     built_ = true;
 }
 
-void IdentityIndex::clear() noexcept {
-    slots_ = {};
-    hashes_ = {};
-    used_ = 0;
-    built_ = false;
-}
-
 void IdentityIndex::grow(std::size_t capacity) {
-    std::vector<ModelElementImpl*> elements(capacity, nullptr);
-    std::vector<std::uint32_t> hashes(capacity, 0);
-    elements.swap(slots_);
-    hashes.swap(hashes_);
-    for (std::size_t i = 0; i < elements.size(); ++i)
-        if (hashes[i] != 0) place(elements[i], hashes[i]);
-}
-
-void IdentityIndex::place(ModelElementImpl* element, std::uint32_t hash) noexcept {
-    std::size_t const mask = slots_.size() - 1;
-    std::size_t i = hash & mask;
-    while (hashes_[i] != 0)
-        i = (i + 1) & mask;
-    slots_[i] = element;
-    hashes_[i] = hash;
+    std::vector<Entry> entries(capacity);
+    entries.swap(entries_);
+    std::size_t const mask = entries_.size() - 1;
+    for (Entry const& entry : entries) {
+        if (entry.hash == 0) continue;
+        std::size_t i = entry.hash & mask;
+        while (entries_[i].hash != 0)
+            i = (i + 1) & mask;
+        entries_[i] = entry;
+    }
 }
 
 ModelElementImpl* IdentityIndex::find(boost::uuids::uuid const& uuid) const noexcept {
-    if (slots_.empty()) return nullptr;
+    if (entries_.empty()) return nullptr;
     std::uint32_t const hash = hashOf(uuid);
-    std::size_t const mask = slots_.size() - 1;
-    for (std::size_t i = hash & mask; hashes_[i] != 0; i = (i + 1) & mask)
-        if (hashes_[i] == hash && slots_[i]->uuid() == uuid) return slots_[i];
+    std::size_t const mask = entries_.size() - 1;
+    for (std::size_t i = hash & mask; entries_[i].hash != 0; i = (i + 1) & mask)
+        if (entries_[i].hash == hash && registry_[entries_[i].slot]->uuid() == uuid)
+            return registry_[entries_[i].slot];
     return nullptr;
 }
 
-void IdentityIndex::insert(ModelElementImpl* element) {
-    if ((used_ + 1) * 3 > slots_.size() * 2) grow(std::bit_ceil(slots_.size() * 2 + 64));
-    place(element, hashOf(element->uuid()));
+void IdentityIndex::makeRoom() {
+    if ((used_ + 1) * 3 > entries_.size() * 2) grow(std::bit_ceil(entries_.size() * 2 + 64));
+}
+
+bool IdentityIndex::insert(boost::uuids::uuid const& uuid, std::uint32_t slot) {
+    makeRoom();
+    std::uint32_t const hash = hashOf(uuid);
+    std::size_t const mask = entries_.size() - 1;
+    std::size_t i = hash & mask;
+    for (; entries_[i].hash != 0; i = (i + 1) & mask)
+        if (entries_[i].hash == hash && registry_[entries_[i].slot]->uuid() == uuid) return false;
+    entries_[i] = {hash, slot};
+    ++used_;
+    return true;
+}
+
+void IdentityIndex::add(boost::uuids::uuid const& uuid, std::uint32_t slot) {
+    makeRoom();
+    std::uint32_t const hash = hashOf(uuid);
+    std::size_t const mask = entries_.size() - 1;
+    std::size_t i = hash & mask;
+    while (entries_[i].hash != 0)
+        i = (i + 1) & mask;
+    entries_[i] = {hash, slot};
     ++used_;
 }
 
-void IdentityIndex::erase(ModelElementImpl const* element) noexcept {
-    if (slots_.empty()) return;
-    std::size_t const mask = slots_.size() - 1;
-    std::size_t hole = hashOf(element->uuid()) & mask;
-    while (slots_[hole] != element) {
-        if (hashes_[hole] == 0) return;
-        hole = (hole + 1) & mask;
-    }
+std::size_t IdentityIndex::entryOf(std::uint32_t hash, std::uint32_t slot) const noexcept {
+    std::size_t const mask = entries_.size() - 1;
+    std::size_t i = hash & mask;
+    while (entries_[i].hash != 0 && (entries_[i].hash != hash || entries_[i].slot != slot))
+        i = (i + 1) & mask;
+    return i;
+}
+
+void IdentityIndex::move(boost::uuids::uuid const& uuid, std::uint32_t from, std::uint32_t to) noexcept {
+    if (entries_.empty()) return;
+    Entry& entry = entries_[entryOf(hashOf(uuid), from)];
+    if (entry.hash != 0) entry.slot = to;
+}
+
+void IdentityIndex::erase(boost::uuids::uuid const& uuid, std::uint32_t slot) noexcept {
+    if (entries_.empty()) return;
+    std::size_t const mask = entries_.size() - 1;
+    std::size_t hole = entryOf(hashOf(uuid), slot);
+    if (entries_[hole].hash == 0) return;
     // Backward shift keeps probe sequences whole without tombstones.
-    for (std::size_t i = (hole + 1) & mask; hashes_[i] != 0; i = (i + 1) & mask) {
-        std::size_t const wanted = hashes_[i] & mask;
+    for (std::size_t i = (hole + 1) & mask; entries_[i].hash != 0; i = (i + 1) & mask) {
+        std::size_t const wanted = entries_[i].hash & mask;
         if (((i - wanted) & mask) >= ((i - hole) & mask)) {
-            slots_[hole] = slots_[i];
-            hashes_[hole] = hashes_[i];
+            entries_[hole] = entries_[i];
             hole = i;
         }
     }
-    slots_[hole] = nullptr;
-    hashes_[hole] = 0;
+    entries_[hole] = {};
     --used_;
 }
 

@@ -9,6 +9,14 @@
 
 namespace brant::zero {
 
+namespace {
+
+void makeRoom(std::vector<ModelElementImpl*>& list) {
+    if (list.size() == list.capacity()) list.reserve(list.size() * 2 + 16);
+}
+
+} // namespace
+
 ModelImpl::ModelImpl(boost::uuids::uuid const& uuid) : ElementImpl(uuid), transactions_(*this) {}
 ModelImpl::~ModelImpl() = default;
 
@@ -54,7 +62,7 @@ std::vector<ModelElement> ModelImpl::getTopLevelElements() const {
 }
 
 ModelElement ModelImpl::findElement(boost::uuids::uuid const& uuid, FindElementBehavior) {
-    if (!identities_.built()) identities_.build(elements_);
+    ensureIdentities();
     return ModelElement(identities_.find(uuid));
 }
 
@@ -63,7 +71,7 @@ ModelElementImpl* ModelImpl::resolveProxy(ModelElementImpl const*, ModelElementI
     if (entry == proxies_.end()) return proxy;
     boost::uuids::uuid uuid;
     if (entry->second.isExternal() || !parseUuid(toUtf8(entry->second.element), uuid)) return proxy;
-    if (!identities_.built()) identities_.build(elements_);
+    ensureIdentities();
     ModelElementImpl* found = identities_.find(uuid);
     return found != nullptr && found->classTable().conformsTo(proxy->classTable()) ? found : proxy;
 }
@@ -72,19 +80,23 @@ ProxyId const& ModelImpl::proxyId(ModelElementImpl const& proxy) const {
     return proxies_.at(const_cast<ModelElementImpl*>(&proxy));
 }
 
-void ModelImpl::requireFree(boost::uuids::uuid const& uuid) {
-    if (uuid.is_nil()) return;
-    if (!identities_.built()) identities_.build(elements_);
-    if (identities_.find(uuid) != nullptr) reportException(brant0::messages::UniquenessConstraint());
+void ModelImpl::expect(boost::uuids::uuid const& uuid) {
+    if (!uuid.is_nil()) ensureIdentities();
+}
+
+void ModelImpl::ensureIdentities() {
+    if (!identities_.built()) identities_.build();
 }
 
 void ModelImpl::enter(ModelElementImpl& element) {
-    if (identities_.built() && identities_.find(element.uuid()) != nullptr)
+    // All that can fail comes first.
+    makeRoom(elements_);
+    makeRoom(topLevel_);
+    auto const slot = static_cast<std::uint32_t>(elements_.size());
+    if (identities_.built() && !identities_.insert(element.uuid(), slot))
         reportException(brant0::messages::UniquenessConstraint());
-    elements_.reserve(elements_.size() + 1 > elements_.capacity() ? elements_.size() * 2 + 16 : 0);
     enterTopLevel(element);
-    if (identities_.built()) identities_.insert(&element);
-    element.registrySlot_ = static_cast<std::uint32_t>(elements_.size());
+    element.registrySlot_ = slot;
     elements_.push_back(&element);
     element.addRef();
 }
@@ -92,14 +104,18 @@ void ModelImpl::enter(ModelElementImpl& element) {
 void ModelImpl::reenter(ModelElementImpl& element) noexcept {
     element.registrySlot_ = static_cast<std::uint32_t>(elements_.size());
     elements_.push_back(&element);
-    if (identities_.built()) identities_.insert(&element);
+    if (identities_.built()) identities_.add(element.uuid(), element.registrySlot_);
 }
 
 void ModelImpl::leave(ModelElementImpl& element) noexcept {
-    if (identities_.built()) identities_.erase(&element);
-    ModelElementImpl* last = elements_.back();
-    elements_[element.registrySlot_] = last;
-    last->registrySlot_ = element.registrySlot_;
+    std::uint32_t const slot = element.registrySlot_;
+    ModelElementImpl* const last = elements_.back();
+    if (identities_.built()) {
+        identities_.erase(element.uuid(), slot);
+        if (last != &element) identities_.move(last->uuid(), last->registrySlot_, slot);
+    }
+    elements_[slot] = last;
+    last->registrySlot_ = slot;
     elements_.pop_back();
     element.removeRef();
 }

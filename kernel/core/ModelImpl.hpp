@@ -32,8 +32,9 @@ class ZELKOR_API ModelImpl final : public ElementImpl {
     }
     [[nodiscard]] ProxyId const& proxyId(ModelElementImpl const& proxy) const;
 
-    /// \throws UniquenessConstraint when a caller's choice of identity is taken; the nil UUID chooses none.
-    void requireFree(boost::uuids::uuid const& uuid);
+    /// Has `enter` look whether the identity is taken; for those that a caller chose, which the nil UUID is
+    /// not.
+    void expect(boost::uuids::uuid const& uuid);
     /// \throws UniquenessConstraint when the identity is known to be taken.
     void enter(ModelElementImpl& element);
     /// Drops the model's count.
@@ -69,11 +70,12 @@ class ZELKOR_API ModelImpl final : public ElementImpl {
     ~ModelImpl() override;
     void dispose() noexcept override;
     void tearDown() noexcept;
+    void ensureIdentities();
 
     std::vector<ModelElementImpl*> elements_; ///< counted; order of no meaning
     std::vector<ModelElementImpl*> topLevel_; ///< by slot; null where an element has left
     std::size_t topLevelHoles_ = 0;
-    IdentityIndex identities_;
+    IdentityIndex identities_{elements_};
     std::unordered_map<ModelElementImpl*, ProxyId> proxies_; ///< not counted; a placeholder takes itself out
     TransactionCoordinator transactions_;
     std::vector<std::shared_ptr<Subscription::Entry>> subscriptions_;

@@ -134,9 +134,9 @@ Damage const damages[] = {
     {"identity", "the identity index does not find ",
      [](Sound& s) {
          static_cast<void>(s.model.findElement(s.top.uuid()));
-         s.model->identities().erase(s.top.get());
+         s.model->identities().erase(s.top.uuid(), Core::registrySlot(*s.top.get()));
      },
-     [](Sound& s) { s.model->identities().insert(s.top.get()); }},
+     [](Sound& s) { s.model->identities().insert(s.top.uuid(), Core::registrySlot(*s.top.get())); }},
     {"identity", "two elements have the identity ",
      [](Sound& s) { const_cast<boost::uuids::uuid&>(s.top.get()->uuid()) = s.scope.uuid(); }, [](Sound&) {}},
     {"identity", "the element does not know its place in the registry", swapRegistered, swapRegistered},
@@ -221,7 +221,8 @@ TEST(Verify, APlantedFaultOfARestoreIsCaught) {
          },
          false},
         {"an opposite", [](Sound& s) { Core::restoreLink(*s.variable.get(), nullptr, nullptr, 50); }, true},
-        {"an index entry", [](Sound& s) { s.model->identities().erase(s.top.get()); }, true},
+        {"an index entry",
+         [](Sound& s) { s.model->identities().erase(s.top.uuid(), Core::registrySlot(*s.top.get())); }, true},
         {"a map key",
          [](Sound& s) {
              Core::field<std::u16string>(*s.file.get(),
