@@ -50,6 +50,7 @@ class DeclarationReader {
     Entity& entity(Id const& id) { return *table_.at(id); }
     Id identityOf(CXCursor cursor);
     std::string keyOf(CXCursor cursor);
+    bool isAmbiguous(CXCursor scope);
     std::string localArgumentsOf(CXCursor cursor);
     std::string constraintsOf(CXCursor cursor);
     Id ownerKeyOf(CXCursor scope);
@@ -110,6 +111,7 @@ class DeclarationReader {
     std::deque<Entity> entities_;
     std::unordered_map<Id, Entity*, IdHash> table_;
     std::unordered_map<CXCursor, Id, CursorHash, CursorEqual> identities_;
+    std::unordered_map<CXCursor, bool, CursorHash, CursorEqual> ambiguous_;
     std::unordered_set<CXCursor, CursorHash, CursorEqual> described_;
     std::unordered_set<CXCursor, CursorHash, CursorEqual> describedPrototypes_;
     std::unordered_set<Id, IdHash> met_;
