@@ -62,6 +62,15 @@ bool isLocal(CXCursor cursor) {
     return isFunctionCursor(scope) || scope == CXCursor_FunctionTemplate;
 }
 
+// "c:@F@f#@S@L" of "c:file.cpp@123@F@f#@S@L".
+std::string withoutOffset(std::string usr) {
+    std::size_t const start = usr.find('@') + 1;
+    std::size_t const end = usr.find('@', start);
+    bool const hasOffset =
+        end != std::string::npos && end > start && usr.find_first_not_of("0123456789", start) == end;
+    return hasOffset ? "c:" + usr.substr(end) : usr;
+}
+
 // What an argument of a template is made of: pointers and the like taken off.
 CXCursor declarationOfArgument(CXType type) {
     for (;;) {
@@ -164,8 +173,10 @@ std::string DeclarationReader::keyOf(CXCursor cursor) {
                (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
                '|' + toText(clang_getCursorKindSpelling(clang_getCursorKind(canonical))) + nameOf(canonical);
     }
-    if (isIn) {
-        std::string const around = toText(clang_getCursorUSR(scope));
+    // Variables of automatic storage have nothing but their place.
+    if (isIn && clang_getCursorKind(canonical) != CXCursor_VarDecl) {
+        usr = withoutOffset(std::move(usr));
+        std::string const around = withoutOffset(toText(clang_getCursorUSR(scope)));
         if (usr.starts_with(around)) usr.erase(0, around.size());
     }
     usr += localArgumentsOf(canonical);
