@@ -103,10 +103,14 @@ void FrontEndWalk::compareEnum(CXCursor cursor, za::types::EnumType const& type)
     if (!clang_isCursorDefinition(cursor)) return;
     std::vector<std::string> names;
     std::vector<std::string> values;
+    CXTypeKind const storage = clang_getCanonicalType(clang_getEnumDeclIntegerType(cursor)).kind;
+    bool const isUnsigned = storage == CXType_Bool || storage == CXType_UChar || storage == CXType_UShort ||
+                            storage == CXType_UInt || storage == CXType_ULong || storage == CXType_ULongLong;
     for (CXCursor const& child : childrenOf(cursor)) {
         if (clang_getCursorKind(child) != CXCursor_EnumConstantDecl) continue;
         names.push_back(plainName(child));
-        values.push_back(std::to_string(clang_getEnumConstantDeclValue(child)));
+        values.push_back(isUnsigned ? std::to_string(clang_getEnumConstantDeclUnsignedValue(child))
+                                    : std::to_string(clang_getEnumConstantDeclValue(child)));
     }
     expect(std::equal(names.begin(), names.end(), type.getStrings().begin(), type.getStrings().end()), cursor,
            "Strings");
@@ -129,7 +133,11 @@ void FrontEndWalk::compareTemplate(CXCursor cursor, za::Template const& made) {
         CXCursorKind const parent = clang_getCursorKind(clang_getCursorSemanticParent(child));
         bool const isOwn = clang_getCursorKind(cursor) == CXCursor_TypeAliasTemplateDecl ||
                            (parent != CXCursor_TranslationUnit && parent != CXCursor_Namespace);
-        if (isParameter && isOwn) names.push_back(plainName(child));
+        if (!isParameter || !isOwn) continue;
+        names.push_back(plainName(child));
+        if (kind != CXCursor_TemplateTemplateParameter || !made.hasScope()) continue;
+        for (za::Symbol const& held : made.getScope().getSymbols())
+            if (za::Template::cast(held) && held.getName() == names.back()) found_.insert(held.get());
     }
     std::size_t const held =
         made.getScope() ? made.getScope().getSymbols().size() + made.getScope().getConstants().size() : 0;

@@ -81,7 +81,11 @@ bool FrontEndWalk::agrees(types::Type const& type, CXType expected, unsigned dep
     ++depth;
     bool const isArray = expected.kind == CXType_ConstantArray || expected.kind == CXType_IncompleteArray ||
                          expected.kind == CXType_VariableArray || expected.kind == CXType_DependentSizedArray;
-    CXType const plain = isArray ? expected : clang_getUnqualifiedType(expected);
+    // Without any of its own the front end would take off those of what `auto` stands for.
+    bool const isQualified = clang_isConstQualifiedType(expected) ||
+                             clang_isVolatileQualifiedType(expected) ||
+                             clang_isRestrictQualifiedType(expected);
+    CXType const plain = isArray || !isQualified ? expected : clang_getUnqualifiedType(expected);
     if (plain.data[0] != expected.data[0]) {
         auto const qualified = types::QualifiedType::cast(type);
         return qualified && qualified.getIsConst() == (clang_isConstQualifiedType(expected) != 0) &&

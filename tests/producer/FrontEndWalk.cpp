@@ -144,6 +144,10 @@ CXChildVisitResult FrontEndWalk::visit(CXCursor cursor, CXCursor parent) {
         if (isDropped(cursor) || isDropped(clang_getCursorDefinition(cursor))) return CXChildVisit_Continue;
     }
     if (kind == CXCursor_Namespace) checkNamespace(cursor);
+    if (kind == CXCursor_FriendDecl && isInTemplate(parent)) {
+        for (CXCursor const& child : childrenOf(cursor))
+            if (placeOf(child, place)) friends_.insert(textOf(place) + ' ' + plainName(child));
+    }
     std::string const group =
         kind == CXCursor_UnexposedDecl && isVariableTemplate(cursor) ? "template" : kindOf(kind);
     // The alias inside an alias template stands for its prototype, which the template leads to.
@@ -198,6 +202,8 @@ void FrontEndWalk::check(CXCursor cursor, std::string const& kind) {
     if (!placeOf(cursor, place)) return;
     std::string key = kind + ' ' + textOf(place) + ' ' + ownerText(cursor) + plainName(cursor);
     if (kind == "template") key += ' ' + take(clang_getCursorUSR(cursor));
+    // A macro may declare overloads in one place.
+    if (kind == "function") key += ' ' + take(clang_getCursorDisplayName(cursor));
     if (!seen_.insert(key).second) return;
     Tally& tally = tallies_[kind];
     ++tally.declarations;
@@ -244,7 +250,9 @@ void FrontEndWalk::compareFunction(CXCursor cursor, za::Function const& function
            "type " + take(clang_getTypeSpelling(type)));
     compareNames(cursor, function);
     compareParameters(cursor, function);
-    expect(function.getIsVariadic() == (clang_Cursor_isVariadic(cursor) != 0), cursor, "IsVariadic");
+    // The cursor of a template is never variadic to the front end, its type is.
+    bool const isVariadic = type.kind == CXType_FunctionProto && clang_isFunctionTypeVariadic(type) != 0;
+    expect(function.getIsVariadic() == isVariadic, cursor, "IsVariadic");
     // What one declaration says holds for all, so that the model may know more than this one.
     expect(function.getIsInline() || !clang_Cursor_isFunctionInlined(cursor), cursor, "IsInline");
     expect(function.getIsDeleted() || !clang_CXXMethod_isDeleted(cursor), cursor, "IsDeleted");
@@ -340,7 +348,10 @@ void FrontEndWalk::checkLeftOver() {
     for (za::Symbol const& symbol : index_.symbols()) {
         if (kindOf(symbol).empty() || found_.contains(symbol.get()) || !symbol.getDefPos()) continue;
         Place const place = ModelIndex::placeOf(symbol.getDefPos());
-        if (!isMade(symbol) && isInProject(place)) {
+        // Each instantiation of the class has one of its own, in the namespace around.
+        bool const isFriend =
+            za::Function::cast(symbol) && friends_.contains(textOf(place) + ' ' + symbol.getName());
+        if (!isMade(symbol) && !isFriend && isInProject(place)) {
             mismatches_.push_back(textOf(place) + ": " + kindOf(symbol) + ' ' + symbol.getName() +
                                   " is in the model only");
         }

@@ -73,10 +73,12 @@ class FrontEndWalk {
     std::vector<std::string> mismatches_;
     std::map<std::string, Tally> tallies_;
     std::set<std::string> seen_;
+    std::set<std::string> friends_; // places of functions that class templates declare as friends
     std::set<brant::zero::ModelElementImpl*> found_;
     std::map<brant::zero::ModelElementImpl*, std::string> matched_; // with the front end's identity
 };
 
+bool isInTemplate(CXCursor cursor);
 bool isPrototype(zelkor::ast::Symbol const& symbol);
 zelkor::ast::types::AccessSpecifierKind accessOf(CXCursor cursor);
 

@@ -32,7 +32,8 @@ class Import : public ::testing::Test {
     std::filesystem::path wholeProject() {
         return database({commandFor("first.cpp", "-DGIVEN=1"), commandFor("second.cpp"),
                          commandFor("modern.cpp", "-std=c++20"), commandFor("plain.c"),
-                         commandFor("uses.cpp"), commandFor("uses.c", "-std=gnu11")});
+                         commandFor("uses.cpp"), commandFor("uses.c", "-std=gnu11"),
+                         commandFor("templates.cpp"), commandFor("configured.cpp")});
     }
 
     TemporaryDirectory directory_;
@@ -175,11 +176,11 @@ TEST_F(Import, ProgressCountsEachUnitOnceInOrder) {
     options.progress = [&](ImportProgress const& progress) {
         files.push_back(progress.file);
         EXPECT_EQ(progress.unitsDone, files.size());
-        EXPECT_EQ(progress.unitsTotal, 6U);
+        EXPECT_EQ(progress.unitsTotal, 8U);
     };
     importProject(ast, options);
     EXPECT_EQ(files, (std::vector<std::string>{"first.cpp", "second.cpp", "modern.cpp", "plain.c", "uses.cpp",
-                                               "uses.c"}));
+                                               "uses.c", "templates.cpp", "configured.cpp"}));
 }
 
 TEST_F(Import, AModelThatHoldsSomethingIsRefused) {

@@ -159,7 +159,7 @@ TEST(InsightFacts, WhatCxxDoes) {
 TEST(InsightFacts, WhoUses) {
     TemporaryDirectory const directory;
     directory.write("unit.cpp", R"(
-int g(int); int g(long); int value; int other;
+int g(int); int g(long); void fill(); int value; int other;
 int global = g(1);
 int* pointer = &value;
 struct N { int q = g(value); N(); };
@@ -180,6 +180,12 @@ template <class V> void visits(V v) { hand([](auto) { only<V>(V()); }); }
 void start() { visits(1); }
 #define CALL(x) g(x)
 struct L { int m() { return CALL(value); } };
+template <class U> void builds() { U(&value, fill); }
+template <class U> constexpr int one(U) { return 1; }
+template <class U> constexpr bool big() { return one(U()) > 0; }
+template <bool> struct If {};
+template <class U> void asks() { using R = If<big<U>()>; static_assert(big<U*>()); }
+void answers() { asks<int>(); }
 )");
     UnitFacts const facts = parse("unit.cpp", {}, directory.path());
     std::map<Id, std::string> const names = namesOf(facts);
@@ -190,7 +196,14 @@ struct L { int m() { return CALL(value); } };
         {"Box", "reads u; writes v"},
         {"N", "types N"},
         {"a", "calls g; reads other"},
+        {"answers", "calls asks"},
+        {"asks", ""},
+        {"asks", ""},
+        {"big", ""},
+        {"big", "calls one"}, // the instances, at compile time
+        {"big", "calls one"},
         {"both", "calls twice twice get optional; reads b; address b; types Box"},
+        {"builds", "address value fill"}, // by whatever U is made
         {"closures", "calls operator() operator(); reads outer generic"},
         {"get", "calls g; reads v"}, // of the instance
         {"get", "reads v"},
@@ -201,6 +214,9 @@ struct L { int m() { return CALL(value); } };
         {"operator()", "calls g; reads a"},
         {"operator()", "calls g; reads z"}, // of both instances of twice
         {"operator()", "calls g; reads z"},
+        {"one", ""},
+        {"one", ""},
+        {"one", ""},
         {"only", "reads v; writes value"},
         {"operator()", ""},
         {"operator()", "calls only"}, // the generic one of an instance of visits

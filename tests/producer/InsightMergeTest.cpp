@@ -44,11 +44,15 @@ TEST(InsightMerge, OneBodyOfWhatManyUnitsSee) {
     project.add(
         "h.h",
         "struct S { int v; };\nint later(struct S* s);\nint x, y;\n"
-        "static inline int both(void) { return x; }\n"
+        "static inline int both(void) { return x; }\nint first(void), second(void);\n"
+        "static inline int chosen(void) { return CHOICE() + x; }\n"
         "inline int variant(void) {\n#ifdef X\nint l = 0; return l + y;\n#else\nreturn x;\n#endif\n}\n");
-    project.add("a.c", "#include \"h.h\"\nint useA(void) { return both() + variant(); }\n");
-    project.add("b.c", "#define X\n#include \"h.h\"\nint useB(void) { return both() + variant(); }\n"
-                       "int later(struct S* s) { return s->v + useB(); }\n");
+    project.add("a.c",
+                "#define CHOICE first\n#include \"h.h\"\nint useA(void) { return both() + variant(); }\n");
+    project.add(
+        "b.c",
+        "#define X\n#define CHOICE second\n#include \"h.h\"\nint useB(void) { return both() + variant(); }\n"
+        "int later(struct S* s) { return s->v + useB(); }\n");
     project.index();
     UseIndex const index(project.facts.uses(), project.facts.overrides());
     struct Row {
@@ -56,10 +60,12 @@ TEST(InsightMerge, OneBodyOfWhatManyUnitsSee) {
         UseKind kind;
         Names expected;
     };
-    for (Row const& row : {Row{"later", UseKind::Call, {"useB"}}, // declared in the unit before
-                           Row{"later", UseKind::Type, {"S"}}, Row{"both", UseKind::Read, {"x"}},
-                           Row{"variant", UseKind::Read, {"x"}}, // of the definition that won
-                           Row{"useB", UseKind::Call, {"both", "variant"}}})
+    for (Row const& row :
+         {Row{"later", UseKind::Call, {"useB"}}, // declared in the unit before
+          Row{"later", UseKind::Type, {"S"}}, Row{"both", UseKind::Read, {"x"}},
+          Row{"variant", UseKind::Read, {"x"}}, // of the definition that won
+          Row{"chosen", UseKind::Call, {"first", "second"}}, Row{"chosen", UseKind::Read, {"x"}},
+          Row{"useB", UseKind::Call, {"both", "variant"}}})
         EXPECT_EQ(project.namesOf(index.of(project.ids[row.function]).of(row.kind)), row.expected)
             << row.function;
     std::map<Id, int> owners;

@@ -96,7 +96,10 @@ std::string InsightWalk::keyOf(CXCursor cursor) {
         CXCursor const function = clang_getCursorSemanticParent(cursor);
         std::size_t ordinal = 0;
         for (CXCursor const& child : childrenOf(function)) {
-            if (clang_getCursorKind(child) != CXCursor_ParmDecl) continue;
+            // A function type in the result shows its parameters too.
+            bool const isOwn = clang_getCursorKind(child) == CXCursor_ParmDecl &&
+                               clang_equalCursors(clang_getCursorSemanticParent(child), function);
+            if (!isOwn) continue;
             if (clang_equalCursors(child, cursor)) break;
             ++ordinal;
         }
@@ -371,7 +374,13 @@ void InsightWalk::meet(CXCursor function) {
     Place place;
     if (isNothing(definition) || isNothing(clang_getSpecializedCursorTemplate(definition))) return;
     if (!placeOf(definition, root_, place) || !isInProject(place)) return;
-    if (instances_.insert(take(clang_getCursorUSR(definition))).second) waiting_.push_back(definition);
+    std::vector<CXCursor>& known = instances_[clang_hashCursor(definition)];
+    bool const isKnown = std::any_of(known.begin(), known.end(), [&](CXCursor const& other) {
+        return clang_equalCursors(other, definition) != 0;
+    });
+    if (isKnown) return;
+    known.push_back(definition);
+    waiting_.push_back(definition);
 }
 
 bool InsightWalk::isDropped(CXCursor cursor) const {

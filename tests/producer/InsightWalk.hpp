@@ -68,8 +68,8 @@ class InsightWalk {
     std::map<std::string, std::set<std::string>> targets_; // by use, as the lists of the records tell
     std::vector<std::string> mismatches_;
     std::map<std::string, std::size_t> agreed_;
-    std::set<std::string> locals_; // of the present unit
-    std::set<std::string> instances_;
+    std::set<std::string> locals_;                        // of the present unit
+    std::map<unsigned, std::vector<CXCursor>> instances_; // by hash; unified ids are not unique
     std::vector<CXCursor> waiting_;
     bool isInstance_ = false;
 };

@@ -24,7 +24,8 @@ bool isOneOf(std::string const& token, std::array<char const*, N> const& words) 
 }
 
 constexpr std::array qualifiers = {"const", "volatile"};
-constexpr std::array numberWords = {"unsigned", "signed", "char", "short", "int", "long", "float", "double"};
+constexpr std::array numberWords = {"unsigned", "signed", "char",   "short",   "int",
+                                    "long",     "float",  "double", "__int128"};
 
 // Behind an opening token: the index of what closes it, or the end.
 std::size_t closing(Tokens const& tokens, std::size_t open) {
@@ -32,6 +33,8 @@ std::size_t closing(Tokens const& tokens, std::size_t open) {
     std::string const closes = opens == "<" ? ">" : opens == "(" ? ")" : "]";
     std::size_t depth = 0;
     for (std::size_t i = open; i < tokens.size(); ++i) {
+        // "A<(sizeof(T) > 1)>"
+        if (opens == "<" && tokens[i] == "(") i = std::min(closing(tokens, i), tokens.size() - 1);
         if (tokens[i] == opens) ++depth;
         if (tokens[i] == closes && --depth == 0) return i;
     }
@@ -70,6 +73,21 @@ void dropUnnamedScopes(std::string& text) {
     eraseAll(text, "[abi:cxx11]");
 }
 
+// Scopes without a name: "f()::{lambda()#1}::operator()", "f()::$_0::operator()", "f::#unnamed#::operator()".
+void unifyClosures(std::string& text) {
+    constexpr std::string_view word = "#unnamed#";
+    for (std::string_view const start : {"{lambda(", "{unnamed type#"})
+        for (std::size_t at = text.find(start); at != std::string::npos; at = text.find(start, at)) {
+            std::size_t const end = text.find('}', at);
+            if (end == std::string::npos) return;
+            text.replace(at, end + 1 - at, word);
+        }
+    for (std::size_t at = text.find("$_"); at != std::string::npos; at = text.find("$_", at)) {
+        std::size_t const end = text.find_first_not_of("0123456789", at + 2);
+        text.replace(at, std::min(end, text.size()) - at, word);
+    }
+}
+
 // Types without a name: "f:: /* StructType */" and "(lambda at f.cpp:1:2)".
 void unifyUnnamed(std::string& text) {
     constexpr std::string_view word = "#unnamed";
@@ -95,11 +113,17 @@ void unifyWords(std::string& text) {
             text.replace(at, from.size(), to);
 }
 void unifyWords(Tokens& tokens) {
-    constexpr std::array dropped = {"struct", "class", "union", "enum", "typename"};
+    constexpr std::array dropped = {"struct", "class", "union", "enum", "typename", "template"};
     std::erase_if(tokens, [&](std::string const& token) { return isOneOf(token, dropped); });
     for (std::string& token : tokens) {
         if (token == "__restrict" || token == "__restrict__") token = "restrict";
         if (token == "_Bool") token = "bool";
+        if (token == "__int128_t") token = "__int128";
+    }
+    for (std::size_t i = 0; i < tokens.size(); ++i) {
+        if (tokens[i] != "__uint128_t") continue;
+        tokens[i] = "__int128";
+        tokens.insert(tokens.begin() + static_cast<std::ptrdiff_t>(i), "unsigned");
     }
 }
 
@@ -131,6 +155,15 @@ void dropFunctionQualifiers(Tokens& tokens, bool isType) {
         while (depth > 0 && i + 1 < tokens.size() && isOneOf(tokens[i + 1], qualifiers))
             tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(i) + 1);
     }
+}
+
+// Methods of the model have none: "C::f() const &" and "C::f() const".
+void dropReferenceQualifiers(Tokens& tokens) {
+    std::size_t end = tokens.size();
+    while (end > 0 && tokens[end - 1] == "&")
+        --end;
+    bool const isMethod = end > 0 && (tokens[end - 1] == ")" || tokens[end - 1] == "const");
+    if (isMethod && std::find(tokens.begin(), tokens.end(), "(") != tokens.end()) tokens.resize(end);
 }
 
 // No parameters: "(void)" and "()".
@@ -216,7 +249,10 @@ void plainNumbers(Tokens& tokens) {
 
 void nameScopesOnly(Tokens& tokens) {
     for (std::size_t i = 1; i < tokens.size(); ++i) {
-        if (tokens[i] != "(" || !isWord(tokens[i - 1])) continue;
+        bool const isCallOperator =
+            i > 2 && tokens[i - 1] == ")" && tokens[i - 2] == "(" && tokens[i - 3] == "operator";
+        bool const isNamed = (isWord(tokens[i - 1]) && tokens[i - 1] != "operator") || tokens[i - 1] == ">";
+        if (tokens[i] != "(" || (!isNamed && !isCallOperator)) continue;
         std::size_t end = closing(tokens, i);
         if (end + 1 < tokens.size() && tokens[end + 1] == "const") ++end;
         if (end + 1 < tokens.size() && tokens[end + 1] == "::")
@@ -245,9 +281,11 @@ void dropScopesAndArguments(Tokens& tokens) {
 
 // The same for the type in the name of a conversion, which is named as the source writes it.
 void shortenConversions(Tokens& tokens) {
-    auto const at = std::find(tokens.begin(), tokens.end(), "operator");
+    auto const last = std::find(tokens.rbegin(), tokens.rend(), "operator"); // others are scopes
+    if (last == tokens.rend()) return;
+    auto const at = last.base() - 1;
     auto const end = std::find(at, tokens.end(), "(");
-    if (at == tokens.end() || at + 1 == end || !isWord(at[1])) return;
+    if (at + 1 == end || !isWord(at[1])) return;
     Tokens type(at + 1, end);
     dropScopesAndArguments(type);
     tokens.insert(tokens.erase(at + 1, end), type.begin(), type.end());
@@ -277,6 +315,16 @@ void decayArrays(Tokens& tokens) {
     }
 }
 
+// The model has numbers for extents: "T (&)[N]" and "T &[]".
+void dropNamedExtents(Tokens& tokens) {
+    for (std::size_t i = 0; i + 1 < tokens.size(); ++i) {
+        if (tokens[i] != "[" || std::isdigit(static_cast<unsigned char>(tokens[i + 1][0]))) continue;
+        std::size_t const end = std::min(closing(tokens, i), tokens.size());
+        tokens.erase(tokens.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                     tokens.begin() + static_cast<std::ptrdiff_t>(end));
+    }
+}
+
 std::string joined(Tokens const& tokens) {
     std::string text;
     for (std::string const& token : tokens)
@@ -287,10 +335,14 @@ std::string joined(Tokens const& tokens) {
 Tokens commonForm(std::string text, bool expanded) {
     eraseAll(text, "/* FunctionType */");
     dropUnnamedScopes(text);
-    if (expanded) unifyWords(text);
+    if (expanded) {
+        unifyClosures(text);
+        unifyWords(text);
+    }
     Tokens tokens = tokensOf(text);
     unifyWords(tokens);
     moveVectors(tokens);
+    if (expanded) dropReferenceQualifiers(tokens);
     dropFunctionQualifiers(tokens, !expanded);
     dropVoidLists(tokens);
     dropDeclarators(tokens);
@@ -315,6 +367,7 @@ std::string writtenSpelling(std::string const& text) {
     Tokens tokens = commonForm(unified, false);
     dropEllipses(tokens);
     dropScopesAndArguments(tokens);
+    dropNamedExtents(tokens);
     return joined(tokens);
 }
 

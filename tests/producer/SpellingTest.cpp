@@ -40,6 +40,14 @@ TEST(Spelling, FullNamesAreEqualUpToTheRules) {
              Row{"f(int[2][3], float[4])", "f(int (*) [3], float __vector(4))"},
              Row{"A::operator string const &(void) const", "A::operator ns::string const&() const"},
              Row{"f(std::nullptr_t)", "f(decltype(nullptr))"},
+             Row{"f::#unnamed#::operator()::L::m(void) const",
+                 "f(int)::{lambda(int)#2}::operator()(int) const::L::m() const"},
+             Row{"f<int>::#unnamed#::operator()::L::operator S(void)",
+                 "f<int>(A<char>)::$_0::operator()() const::L::operator ns::S()"},
+             Row{"f(__int128_t const &, __uint128_t)", "f(__int128 const&, unsigned __int128)"},
+             Row{"C::f(void) const", "C::f() const &"},
+             Row{"C::operator S *(void)", "C::operator S*() &&"},
+             Row{"f<(sizeof(T) > 1), A<int>>(void)", "f<(sizeof(T) > 1), A<int> >()"},
              Row{"f(std::basic_ostream<char, std::char_traits<char>> &)", "f(std::ostream&)"},
          })
         EXPECT_EQ(fullSpelling(row.ours), fullSpelling(row.theirs)) << row.theirs;
@@ -59,6 +67,9 @@ TEST(Spelling, FullNamesAreEqualUpToTheRules) {
              Row{"operator new(int)", "operator delete(int)"},
              Row{"f(int[3][4])", "f(int**)"},
              Row{"f(int &[2])", "f(int __vector(4)&)"},
+             Row{"f(__int128_t)", "f(unsigned __int128)"},
+             Row{"C::f(int &)", "C::f(int) &"},
+             Row{"f::#unnamed#::operator()::L::m()", "f()::operator()()::L::m()"},
              Row{"A::operator const B &(void)", "A::operator B&()"},
          })
         EXPECT_NE(fullSpelling(row.ours), fullSpelling(row.theirs)) << row.theirs;
@@ -72,6 +83,9 @@ TEST(Spelling, WrittenTypesLeaveOutScopesAndArguments) {
              Row{"A &&", "::A &&"},
              Row{"A ... &&", "A &&..."},
              Row{"int[3]", "int[3]"},
+             Row{"T const (&)[]", "const T (&)[N]"},
+             Row{"type", "typename A<int>::template B<0>::type"},
+             Row{"Enable<1>::type", "typename Enable<(sizeof(To) > sizeof(From)), int>::type"},
              Row{"A const & /* FunctionType */ (void)", "const A &(C::*)() const"},
              Row{"ns::f:: /* StructType */ const &", "const (lambda at f.cpp:1:2) &"},
          })

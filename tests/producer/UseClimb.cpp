@@ -292,8 +292,10 @@ class Climb {
 Outcome functionOutcome(Path const& path) {
     for (std::size_t i = path.size() - 1; i > 0; --i) {
         Step const& parent = path[i - 1];
-        if (parent.kind == CXCursor_CallExpr && argumentOf(parent.cursor, path[i].cursor) < 0)
-            return {false, false, false, true};
+        // An object of a dependent type is made of its arguments only.
+        bool const isCall =
+            parent.kind == CXCursor_CallExpr && clang_Cursor_getNumArguments(parent.cursor) >= 0;
+        if (isCall && argumentOf(parent.cursor, path[i].cursor) < 0) return {false, false, false, true};
         // Below an initialiser of a capture the call itself does not show.
         if (parent.kind == CXCursor_LambdaExpr && path[i].kind == CXCursor_UnexposedExpr)
             return {false, false, false, true};

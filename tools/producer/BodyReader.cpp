@@ -207,10 +207,27 @@ bool BodyReader::enterDeclaration(Walk& walk, Frame& frame, Frame& parent) {
     case CXCursor_NonTypeTemplateParameter:
     case CXCursor_TemplateTemplateParameter:
         return true;
+    case CXCursor_TypeAliasDecl:
+    case CXCursor_TypedefDecl:
+    case CXCursor_StaticAssert:
+        readNamed(frame.cursor);
+        [[fallthrough]];
     default:
         if (!walk.isInstance) declarations_.declare(frame.cursor);
         return false;
     }
+}
+
+// Instances that are called at compile time, by what is no use.
+void BodyReader::readNamed(CXCursor declaration) {
+    visitChildren(declaration, [this](CXCursor cursor) {
+        if (clang_getCursorKind(cursor) != CXCursor_DeclRefExpr) return CXChildVisit_Recurse;
+        CXCursor const named = clang_getCursorReferenced(cursor);
+        bool const isInstance = !isNull(named) && isFunctionCursor(clang_getCursorKind(named)) &&
+                                !isNull(clang_getSpecializedCursorTemplate(named));
+        if (isInstance) readLater(refer(named), named);
+        return CXChildVisit_Recurse;
+    });
 }
 
 void BodyReader::enterVariable(Walk& walk, Frame& frame, Frame& parent) {
@@ -230,7 +247,10 @@ void BodyReader::enterCall(Frame& frame) {
     frame.isPlainCast = isPlainCast(function);
     if (clang_getCursorKind(function) == CXCursor_Constructor)
         useSpecialisation(frame.owner, clang_getCursorType(frame.cursor));
-    if (!(frame.expected.value & effect::hidden)) call(frame.owner, function);
+    if (!(frame.expected.value & effect::hidden))
+        call(frame.owner, function);
+    else if (!isNull(clang_getSpecializedCursorTemplate(function)))
+        readLater(refer(function), function);
 }
 
 void BodyReader::enterName(Walk& walk, Frame& frame) {
@@ -277,11 +297,12 @@ void BodyReader::enterLambda(Walk const& walk, Frame const& frame) {
 void BodyReader::useFunction(Frame const& frame, CXCursor function) {
     Id const id = refer(function);
     Effect const value = frame.expected.value;
+    // What is only called at compile time has a body all the same.
+    readLater(id, function);
     if (value & effect::hidden) return;
-    if (value & effect::callee) return call(frame.owner, function);
+    if (value & effect::callee) return uses_.add(frame.owner, UseKind::Call, id);
     uses_.add(frame.owner, UseKind::Address, id);
     uses_.addPointer(frame.owner, frame.sink, id);
-    if (!id.is_nil() && usedIds_.insert(id).second) used_.emplace_back(id, function);
 }
 
 void BodyReader::useVariable(Walk& walk, Frame const& frame, Id const& variable) {
@@ -333,6 +354,10 @@ void BodyReader::useDestructor(Id const& owner, CXType type) {
 void BodyReader::call(Id const& owner, CXCursor function) {
     Id const id = refer(function);
     uses_.add(owner, UseKind::Call, id);
+    readLater(id, function);
+}
+
+void BodyReader::readLater(Id const& id, CXCursor function) {
     if (!id.is_nil() && usedIds_.insert(id).second) used_.emplace_back(id, function);
 }
 

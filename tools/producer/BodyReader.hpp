@@ -43,6 +43,8 @@ class BodyReader {
     void useSpecialisation(Id const& owner, CXType type);
     void useDestructor(Id const& owner, CXType type);
     void call(Id const& owner, CXCursor function);
+    void readLater(Id const& id, CXCursor function);
+    void readNamed(CXCursor declaration);
     // The element's identity; nil for what has none.
     Id refer(CXCursor declaration);
     Id variableOf(CXCursor referenced);

@@ -44,19 +44,30 @@ bool isLiteral(CXCursorKind kind) {
            kind == CXCursor_CXXNullPtrLiteralExpr;
 }
 
+// Literals and arithmetic of them; nothing in it depends on a template parameter.
+bool isOfLiterals(CXCursor expression) {
+    bool isIt = true;
+    auto const test = [&](CXCursor cursor) {
+        CXCursorKind const kind = clang_getCursorKind(cursor);
+        if (!clang_isExpression(kind)) return CXChildVisit_Recurse;
+        CXTypeKind const type = clang_getCanonicalType(clang_getCursorType(cursor)).kind;
+        bool const isKnown = isLiteral(kind) || isWrapper(kind) || kind == CXCursor_UnaryOperator ||
+                             kind == CXCursor_BinaryOperator || kind == CXCursor_ConditionalOperator;
+        isIt &= isKnown && type != CXType_Unexposed && type != CXType_Dependent;
+        return isIt ? CXChildVisit_Recurse : CXChildVisit_Break;
+    };
+    test(expression);
+    if (isIt) visitChildren(expression, test);
+    return isIt;
+}
+
 // In a template the front end may not evaluate what depends on parameters, so there only literals count.
 bool mayEvaluate(CXCursor expression, CXCursor context) {
     for (CXCursor cursor = context; !clang_isInvalid(clang_getCursorKind(cursor));
          cursor = clang_getCursorSemanticParent(cursor)) {
         CXCursorKind const kind = clang_getCursorKind(cursor);
         if (kind == CXCursor_TranslationUnit) break;
-        if (!isTemplateCursor(kind)) continue;
-        CXCursor operand = unwrap(expression);
-        if (clang_getCursorKind(operand) == CXCursor_UnaryOperator) {
-            std::vector<CXCursor> const children = childrenOf(operand);
-            if (!children.empty()) operand = unwrap(children.back());
-        }
-        return isLiteral(clang_getCursorKind(operand));
+        if (isTemplateCursor(kind)) return isOfLiterals(expression);
     }
     return true;
 }

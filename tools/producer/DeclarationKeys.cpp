@@ -50,6 +50,27 @@ bool endsInRequires(std::string_view text) {
     return text.empty() || !isWordByte(text.back());
 }
 
+// Something that a function declares and that other functions may declare by the same name. Variables of
+// automatic storage are told by their places anyway, and what is `extern` is not the function's.
+bool isLocal(CXCursor cursor) {
+    CXCursorKind const kind = clang_getCursorKind(cursor);
+    bool const isStatic = kind == CXCursor_VarDecl && clang_Cursor_getStorageClass(cursor) == CX_SC_Static;
+    bool const isType = isRecordCursor(kind) || kind == CXCursor_EnumDecl || kind == CXCursor_TypedefDecl ||
+                        kind == CXCursor_TypeAliasDecl;
+    if (!isStatic && !isType) return false;
+    CXCursorKind const scope = clang_getCursorKind(scopeOf(cursor));
+    return isFunctionCursor(scope) || scope == CXCursor_FunctionTemplate;
+}
+
+// "c:@F@f#@S@L" of "c:file.cpp@123@F@f#@S@L".
+std::string withoutOffset(std::string usr) {
+    std::size_t const start = usr.find('@') + 1;
+    std::size_t const end = usr.find('@', start);
+    bool const hasOffset =
+        end != std::string::npos && end > start && usr.find_first_not_of("0123456789", start) == end;
+    return hasOffset ? "c:" + usr.substr(end) : usr;
+}
+
 // What an argument of a template is made of: pointers and the like taken off.
 CXCursor declarationOfArgument(CXType type) {
     for (;;) {
@@ -66,17 +87,25 @@ CXCursor declarationOfArgument(CXType type) {
 // which of the closures of a function is meant.
 std::string DeclarationReader::localArgumentsOf(CXCursor cursor) {
     std::string arguments;
-    int const count = clang_Cursor_getNumTemplateArguments(cursor);
-    for (int i = 0; i < count; ++i) {
-        unsigned const index = static_cast<unsigned>(i);
-        if (clang_Cursor_getTemplateArgumentKind(cursor, index) != CXTemplateArgumentKind_Type) continue;
-        CXCursor const argument = declarationOfArgument(clang_Cursor_getTemplateArgumentType(cursor, index));
+    auto const addLocal = [&](CXType type) {
+        CXCursor const argument = declarationOfArgument(type);
         CXCursorKind const kind = clang_getCursorKind(argument);
-        if (clang_isInvalid(kind) || kind == CXCursor_NoDeclFound) continue;
+        if (clang_isInvalid(kind) || kind == CXCursor_NoDeclFound) return;
         CXLinkageKind const linkage = clang_getCursorLinkage(argument);
         if (isNameless(argument) || linkage == CXLinkage_NoLinkage || linkage == CXLinkage_Internal)
             arguments.append("|").append(boost::uuids::to_string(identityOf(argument)));
+    };
+    int const count = clang_Cursor_getNumTemplateArguments(cursor);
+    for (int i = 0; i < count; ++i) {
+        unsigned const index = static_cast<unsigned>(i);
+        if (clang_Cursor_getTemplateArgumentKind(cursor, index) == CXTemplateArgumentKind_Type)
+            addLocal(clang_Cursor_getTemplateArgumentType(cursor, index));
     }
+    // Of a member function template the arguments are not told; its parameters are made of most.
+    bool const isMember = isFunctionCursor(clang_getCursorKind(cursor)) && count < 0 && isInRecord(cursor);
+    if (!isMember || clang_Cursor_isNull(clang_getSpecializedCursorTemplate(cursor))) return arguments;
+    for (int i = 0; i < clang_Cursor_getNumArguments(cursor); ++i)
+        addLocal(clang_getCursorType(clang_Cursor_getArgument(cursor, static_cast<unsigned>(i))));
     return arguments;
 }
 
@@ -108,6 +137,20 @@ std::string DeclarationReader::constraintsOf(CXCursor cursor) {
     return constraints;
 }
 
+// Whether equal unified ids in it may mean several things: what has no name, an instance with arguments that
+// are internal to a file, what a function declares, and all that is inside of these.
+bool DeclarationReader::isAmbiguous(CXCursor scope) {
+    CXCursorKind const kind = clang_getCursorKind(scope);
+    if (clang_isInvalid(kind) || kind == CXCursor_TranslationUnit) return false;
+    auto const known = ambiguous_.find(scope);
+    if (known != ambiguous_.end()) return known->second;
+    bool const mayPassOn = isRecordCursor(kind) || isFunctionCursor(kind) || isTemplateCursor(kind);
+    bool const isIt = isNameless(scope) || isLocal(scope) || !localArgumentsOf(scope).empty() ||
+                      (mayPassOn && isAmbiguous(clang_getCursorSemanticParent(scope)));
+    ambiguous_.emplace(scope, isIt);
+    return isIt;
+}
+
 std::string DeclarationReader::keyOf(CXCursor cursor) {
     CXCursor const canonical = clang_getCanonicalCursor(cursor);
     CXSourceLocation const location = clang_getCursorLocation(canonical);
@@ -117,15 +160,24 @@ std::string DeclarationReader::keyOf(CXCursor cursor) {
     };
     std::string usr = toText(clang_getCursorUSR(canonical));
     CXCursor const scope = clang_getCursorSemanticParent(canonical);
-    // The front end gives equal ids to all nameless things of a scope, and to equal names inside them.
-    bool const isIn = isNameless(scope) || isNameless(canonical) || !localArgumentsOf(scope).empty();
+    // The front end gives equal ids to all nameless things of a scope, and to equal names inside them. What a
+    // function declares has the id of its name alone in one unit, and that of its place where the function is
+    // not inline.
+    bool const isPlaced = isNameless(canonical) || isLocal(canonical);
+    bool const isIn = isPlaced || isAmbiguous(scope);
     std::string const outer = isIn ? boost::uuids::to_string(ownerKeyOf(scope)) + '|' : "";
-    if (isNameless(canonical) || usr.empty() || usr == "c:") {
+    if (isPlaced || usr.empty() || usr == "c:") {
         // Where it begins; for what has no name the location itself is not the same in C and in C++.
         auto const position = sources_.position(clang_getRangeStart(clang_getCursorExtent(canonical)));
         return outer + place() + ':' +
                (position ? std::to_string(position->line) + ':' + std::to_string(position->column) : "") +
-               '|' + toText(clang_getCursorKindSpelling(clang_getCursorKind(canonical)));
+               '|' + toText(clang_getCursorKindSpelling(clang_getCursorKind(canonical))) + nameOf(canonical);
+    }
+    // Variables of automatic storage have nothing but their place.
+    if (isIn && clang_getCursorKind(canonical) != CXCursor_VarDecl) {
+        usr = withoutOffset(std::move(usr));
+        std::string const around = withoutOffset(toText(clang_getCursorUSR(scope)));
+        if (usr.starts_with(around)) usr.erase(0, around.size());
     }
     usr += localArgumentsOf(canonical);
     if (!outer.empty()) return outer + usr;

@@ -304,6 +304,7 @@ void DeclarationReader::declareFriend(CXCursor cursor, Id const& record) {
             declare(child);
             function = referPrototype(child);
         } else if (kind == CXCursor_ClassTemplate) {
+            declare(child);
             type = referPrototype(child);
         } else if (isRecordCursor(kind)) {
             type = refer(child);

@@ -49,6 +49,7 @@ class DeclarationReader {
     Entity& entity(Id const& id) { return *table_.at(id); }
     Id identityOf(CXCursor cursor);
     std::string keyOf(CXCursor cursor);
+    bool isAmbiguous(CXCursor scope);
     std::string localArgumentsOf(CXCursor cursor);
     std::string constraintsOf(CXCursor cursor);
     Id ownerKeyOf(CXCursor scope);
@@ -109,6 +110,7 @@ class DeclarationReader {
     std::deque<Entity> entities_;
     IdMap<Entity*> table_;
     CursorMap<Id> identities_;
+    CursorMap<bool> ambiguous_;
     CursorSet described_;
     CursorSet describedPrototypes_;
     IdSet met_;

@@ -116,6 +116,21 @@ void demote(Entity& entity) {
     entity.isDefined = false;
 }
 
+template <class Element>
+void uniteLists(std::vector<Element>& known, std::vector<Element> const& seen) {
+    if (known == seen) return;
+    for (Element const& element : seen) {
+        if (std::find(known.begin(), known.end(), element) == known.end()) known.push_back(element);
+    }
+}
+
+void unite(UseFacts& known, UseFacts const& seen) {
+    for (std::size_t kind = 0; kind < useKindCount; ++kind)
+        uniteLists(known.lists[kind], seen.lists[kind]);
+    uniteLists(known.pointers, seen.pointers);
+    known.hasAssembler |= seen.hasAssembler;
+}
+
 } // namespace
 
 bool replaces(Entity const& seen, Entity const& known) {
@@ -174,15 +189,20 @@ void ProjectFacts::keepApart(UnitFacts& unit) {
     if (!renaming.empty()) rename(unit, renaming);
 }
 
-// The first body wins, as the first definition does; what a lost definition uses is lost with it.
+// Macros may make the body of a header call other things in every unit; all of them count. What a lost
+// definition uses is lost with it.
 void ProjectFacts::addUses(UnitFacts& unit) {
     for (UseFacts& uses : unit.uses) {
         if (losers_.contains(uses.owner)) continue;
         auto const [entry, isNew] = users_.try_emplace(uses.owner, uses_.size());
         if (isNew) {
             uses_.push_back(std::move(uses));
-        } else if (uses.hasBody && !uses_[entry->second].hasBody) {
-            uses_[entry->second] = std::move(uses);
+        } else if (uses.hasBody) {
+            UseFacts& known = uses_[entry->second];
+            if (known.hasBody)
+                unite(known, uses);
+            else
+                known = std::move(uses);
         }
     }
     for (OverrideFact const& fact : unit.overrides) {

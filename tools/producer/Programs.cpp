@@ -58,6 +58,8 @@ class RivalFinder {
         if (!file) file = fileOf(entity.templateOf);
         for (TemplateArgumentFact const& argument : entity.arguments)
             file = file ? file : fileOf(argument.type);
+        // The arguments of a pack of a function show only in its parameters.
+        if (!file && !entity.templateOf.is_nil()) file = fileOf(entity.type);
         return file;
     }
 

@@ -16,6 +16,8 @@ inline constexpr std::size_t useKindCount = 6;
 struct PointerFact {
     Id pointer{};
     Id target{};
+
+    friend bool operator==(PointerFact const&, PointerFact const&) = default;
 };
 
 struct UseFacts {
