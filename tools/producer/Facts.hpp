@@ -326,6 +326,8 @@ struct MacroFact {
 struct MacroUse {
     Id macro{};
     Position place;
+
+    friend bool operator==(MacroUse const&, MacroUse const&) = default;
 };
 
 struct CommentFact {

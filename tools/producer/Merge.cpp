@@ -209,9 +209,7 @@ void ProjectFacts::addUses(UnitFacts& unit) {
         if (knownOverrides_.emplace(fact.method, fact.overridden).second) overrides_.push_back(fact);
     }
     for (MacroUse const& use : unit.macroUses) {
-        Position const& place = use.place;
-        if (knownMacroUses_.emplace(use.macro, place.file, place.line, place.column).second)
-            macroUses_[use.macro].push_back(use.place);
+        if (knownMacroUses_.insert(use).second) macroUses_[use.macro].push_back(use.place);
     }
 }
 

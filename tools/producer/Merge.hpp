@@ -70,6 +70,13 @@ class ProjectFacts {
     void lose(Entity const& entity);
     void addUses(UnitFacts& unit);
 
+    struct MacroUseHash {
+        std::size_t operator()(MacroUse const& use) const noexcept {
+            std::uint64_t const place = std::uint64_t{use.place.line} << 32 | use.place.column;
+            return IdHash{}(use.macro) ^ IdHash {}(use.place.file) ^ (place * 0x9E3779B97F4A7C15U) >> 16;
+        }
+    };
+
     std::vector<MergedUnit> units_;
     IdSet mainFiles_;
     std::optional<TargetFacts> target_;
@@ -90,7 +97,7 @@ class ProjectFacts {
     std::vector<OverrideFact> overrides_;
     IdMap<std::vector<Position>> macroUses_;
     std::set<std::pair<Id, Id>> knownOverrides_;
-    std::set<std::tuple<Id, Id, unsigned, unsigned>> knownMacroUses_; // macro, file, line, column
+    tsl::robin_set<MacroUse, MacroUseHash> knownMacroUses_;
 };
 
 } // namespace zelkor::producer

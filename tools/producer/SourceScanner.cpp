@@ -126,8 +126,9 @@ class Scanner {
 
     void step() {
         switch (kindOf(bytes_[at_])) {
-        case Kind::Blank:
-            ++at_;
+        case Kind::Blank: // in runs, as lines are indented
+            while (kindOf(byte(++at_)) == Kind::Blank && at_ < bytes_.size()) {
+            }
             break;
         case Kind::Newline:
             line_ = Line::Start;
@@ -147,8 +148,9 @@ class Scanner {
 
     void takeOther() {
         char const c = bytes_[at_];
-        if (std::size_t const length = splice(at_)) {
-            at_ += length;
+        std::size_t const next = skipSplices(at_);
+        if (next != at_) {
+            at_ = next;
             return;
         }
         if (c == '/' && takeComment()) return;
