@@ -43,44 +43,6 @@ std::unique_ptr<za::Scope::Builder> chain(std::size_t depth, bool downward, Give
 
 } // namespace
 
-TEST(Builder, MakesAWholeSubtree) {
-    Model const model = newModel();
-    Model const defaults = newModel();
-    za::Template const assoc = za::Template::create(model);
-    auto scope = std::make_unique<za::Scope::Builder>();
-    scope->addSymbols(variable("local"));
-    za::Function::Builder builder(model);
-    builder.setName("f")
-        .setAssocTemplate(assoc)
-        .setScope(std::move(scope))
-        .addParams(variable("p"))
-        .addParams(variable("q"));
-    builder.addComments({u"one", u"two"}).setDefPos(std::make_unique<za::source::SourcePosition::Builder>());
-    boost::uuids::uuid const chosen = ElementImpl::generateNewUuid();
-    std::size_t notices = 0;
-    Subscription const subscription = model.onCommit([&](CommitNotice const& notice) {
-        ++notices;
-        EXPECT_EQ(notice.created.size(), 6u);
-        EXPECT_TRUE(notice.changed.empty());
-    });
-    za::Function const function = builder.create(chosen);
-    EXPECT_EQ(notices, 1u);
-    EXPECT_EQ(function.uuid(), chosen);
-    EXPECT_EQ(function.getName(), "f");
-    EXPECT_EQ(function.getAssocTemplate(), assoc);
-    EXPECT_EQ(function.getParams().size(), 2u);
-    EXPECT_EQ(function.getParams()[1].getName(), "q");
-    EXPECT_EQ(function.getParams()[0].getOwningFunPrototype(), function);
-    EXPECT_EQ(function.getScope().getOwningFun(), function);
-    EXPECT_EQ(function.getScope().getSymbols()[0].getOwningScope(), function.getScope());
-    EXPECT_EQ(function.getDefPos().container(), function);
-    EXPECT_EQ(function.getComments().size(), 2u);
-    // What was not given has the default of the schema, not zero.
-    EXPECT_EQ(function.getSpecialKind(), za::Function::create(defaults).getSpecialKind());
-    EXPECT_NE(static_cast<int>(function.getSpecialKind()), 0);
-    EXPECT_EQ(violationOf(model), "");
-}
-
 TEST(Builder, TheGivenBitCounts) {
     Model const model = newModel();
     za::Function::Builder builder(model);
@@ -165,6 +127,7 @@ TEST(Builder, MakesContentsInPropertyOrderEachSubtreeWhole) {
     builder.addAnnotations(std::make_unique<za::codeinsight::PtrInfo::Builder>());
     builder.addTemplateArgs(std::make_unique<za::TemplateArg::Builder>());
     builder.addParams(variable("p")).setScope(std::move(scope)).setBodyPosition(std::move(body));
+    builder.setName("f").addComments({u"one", u"two"});
     builder.addBefriendingAggregates(za::types::ClassType::create(model));
     std::vector<std::string> order;
     std::set<boost::uuids::uuid> identities;
@@ -176,7 +139,16 @@ TEST(Builder, MakesContentsInPropertyOrderEachSubtreeWhole) {
         }
         EXPECT_TRUE(notice.changed.empty()); // what is given at birth is no change
     });
-    builder.create();
+    za::Function const function = builder.create();
+    EXPECT_EQ(function.getName(), "f");
+    EXPECT_EQ(function.getComments().size(), 2u);
+    EXPECT_EQ(function.getParams()[0].getName(), "p");
+    EXPECT_EQ(function.getParams()[0].getOwningFunPrototype(), function);
+    EXPECT_EQ(function.getScope().getSymbols()[0].getOwningScope(), function.getScope());
+    EXPECT_EQ(violationOf(model), "");
+    // What was not given has the default of the schema, not zero.
+    EXPECT_EQ(function.getSpecialKind(), za::Function::create(newModel()).getSpecialKind());
+    EXPECT_NE(static_cast<int>(function.getSpecialKind()), 0);
     EXPECT_EQ(order,
               (std::vector<std::string>{"top", "BodyPosition", "Start", "End", "Scope", "Symbols", "Params",
                                         "TemplateArgs", "Annotations", "DefPos", "DeclPos"}));

@@ -33,24 +33,6 @@ za::Scope nest(Model const& model, std::size_t depth) {
 
 } // namespace
 
-TEST(Destruction, TakesTheContentsAndLeavesTheRest) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Variable const param = za::Variable::create(model);
-    za::Template const assoc = za::Template::create(model);
-    za::types::ClassType const befriending = za::types::ClassType::create(model);
-    function.getParamsMutable().add(param);
-    function.setAssocTemplate(assoc);
-    function.getBefriendingAggregatesMutable().add(befriending);
-    function.destroy();
-    EXPECT_FALSE(function);
-    EXPECT_FALSE(param);
-    EXPECT_TRUE(assoc);
-    EXPECT_TRUE(befriending);
-    EXPECT_EQ(model.size(), 2u);
-    EXPECT_EQ(violationOf(model), "");
-}
-
 TEST(Destruction, ReportsChildrenBeforeTheirOwnersInPropertyOrder) {
     Model const model = newModel();
     za::Function const function = za::Function::create(model);
@@ -66,6 +48,8 @@ TEST(Destruction, ReportsChildrenBeforeTheirOwnersInPropertyOrder) {
     function.setScope(scope);
     scope.getSymbolsMutable().add(local);
     function.setBodyPosition(body);
+    za::Template const referred = za::Template::create(model);
+    function.setAssocTemplate(referred);
     std::vector<boost::uuids::uuid> order;
     Subscription const subscription = model.onCommit([&](CommitNotice const& notice) {
         for (ElementChange const& change : notice.destroyed)
@@ -78,6 +62,8 @@ TEST(Destruction, ReportsChildrenBeforeTheirOwnersInPropertyOrder) {
         expected.push_back(element.uuid());
     function.destroy();
     EXPECT_EQ(order, expected);
+    EXPECT_TRUE(referred);
+    EXPECT_EQ(model.size(), 1u);
 }
 
 TEST(Destruction, ReferencesFromOthersReadAsDead) {

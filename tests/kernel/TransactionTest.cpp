@@ -103,17 +103,6 @@ TEST(Transaction, AStaleLevelTouchesNoLaterOne) {
     EXPECT_EQ(macro.getName(), u"a");
 }
 
-TEST(Transaction, DroppingAnOuterLevelTakesTheInnerOneWithIt) {
-    Model const model = newModel();
-    za::Macro const macro = za::Macro::create(model);
-    Transaction outer = model.beginTransaction();
-    Transaction inner = model.beginTransaction();
-    macro.setName(u"a");
-    outer.rollback();
-    EXPECT_EQ(macro.getName(), u"");
-    EXPECT_THROW(inner.commit(), std::logic_error);
-}
-
 TEST(Transaction, MovedLevelsKeepTheirWork) {
     Model const model = newModel();
     za::Macro const macro = za::Macro::create(model);
@@ -272,22 +261,6 @@ TEST(Transaction, TopLevelElementsKeepTheirOrder) {
     holder.getSymbolsMutable().add(variables[0]);
     holder.getSymbolsMutable().remove(variables[0]);
     EXPECT_EQ(order().back(), variables[0]);
-    EXPECT_EQ(violationOf(model), "");
-}
-
-TEST(Transaction, AKeyComesBackWithItsElement) {
-    Model const model = newModel();
-    za::Project const project = za::Project::create(model);
-    auto const file = za::source::SourceFile::create(model);
-    file.setPath(u"/a");
-    project.getFilesMutable().insert(file);
-    {
-        Transaction const level = model.beginTransaction();
-        file.setPath(u"/b");
-        EXPECT_EQ(project.getFiles().keys(), std::vector<std::u16string>{u"/b"});
-    }
-    EXPECT_EQ(project.getFiles().keys(), std::vector<std::u16string>{u"/a"});
-    EXPECT_EQ(project.getFiles()[u"/a"], file);
     EXPECT_EQ(violationOf(model), "");
 }
 

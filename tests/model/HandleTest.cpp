@@ -61,19 +61,6 @@ TEST(Handle, EachClassHasAnObjectThatStandsForIt) {
     EXPECT_NE(static_cast<void const*>(&za::Function::Uuid()), static_cast<void const*>(&Method::Uuid()));
 }
 
-TEST(Handle, OperationsThatReflectionCannotCallAreRefused) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    meta::Operation onClass;
-    for (meta::Operation const& operation : za::types::Type::metaClass().getOperations())
-        if (operation.getIsStatic()) onClass = operation;
-    ASSERT_TRUE(onClass);
-    auto const type = za::types::VoidType::create(model);
-    EXPECT_EQ(failureOf([&] { type.invoke(onClass, {}); }), "InvalidValue");
-    EXPECT_EQ(failureOf([&] { function.invoke(onClass, {}); }), "InvalidValue");
-    EXPECT_EQ(failureOf([&] { function.invoke(meta::Operation(), {}); }), "InvalidValue");
-}
-
 TEST(Handle, CollectionsKeepTheirAddressAndReadingOneChangesNothing) {
     Model const model = newModel();
     za::Function const function = za::Function::create(model);
