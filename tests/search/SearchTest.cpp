@@ -155,39 +155,6 @@ TEST(Search, KnowsSystemHeadersByTheDefinitionOnly) {
     }
 }
 
-TEST(Search, EntersTheScopesOfTemplatesAndAggregatesOnly) {
-    Sample s;
-    auto const made = s.define(s.make<za::Template>("Box", s.unit), s.user);
-    s.define(s.make<zt::ClassType>("Box", s.inside(made)), s.user);
-    s.define(s.make<za::Variable>("local", s.inside(s.f)), s.user);
-    EXPECT_EQ(s.find(symbols()), "Box ns::f ns::C ns::C::E ");
-    auto const inTemplates = FinderOptions().setIncludeTemplateScope(true);
-    EXPECT_EQ(s.find(symbols(), inTemplates), "Box Box::Box ns::f ns::C ns::C::E ");
-    // Only namespaces are sub scopes.
-    EXPECT_EQ(s.find(symbols(), FinderOptions(inTemplates).setIncludeSubScopes(false)), "Box Box::Box ");
-    EXPECT_EQ(namesOf(s.ns.findSymbolByMetaClass(symbols(), FinderOptions().setIncludeSubScopes(false))),
-              "ns::f ns::C ns::C::E ");
-    // A symbol that is not taken is entered all the same.
-    EXPECT_EQ(s.find(zt::EnumType::metaClass()), "ns::C::E ");
-    EXPECT_EQ(s.find(symbols(), everywhere(), "local"), "");
-}
-
-TEST(Search, KeepsStoredOrderInsidesInline) {
-    Sample s;
-    auto const add = [&](std::string const& name, za::Scope const& scope) {
-        return s.define(s.make<zt::ClassType>(name, scope), s.user);
-    };
-    auto const b = add("B", s.unit);
-    auto const a = add("A", s.unit);
-    add("Z", s.inside(b));
-    add("Y", s.inside(b));
-    add("B", s.inside(a));
-    add("first", s.space("zz", s.unit));
-    add("last", s.space("aa", s.unit));
-    EXPECT_EQ(s.find(types()), "B B::Z B::Y A A::B ns::C ns::C::E zz::first aa::last ");
-    EXPECT_EQ(s.find(types(), by(NameFinderKind::Name), "B"), "B A::B ");
-}
-
 TEST(Search, ComparesBytesOfNamesThatLookLikeOthers) {
     struct Case {
         char const* name;
@@ -292,21 +259,6 @@ TEST_F(SearchByReflection, GivesWhatTheTypedCallGives) {
         Value const none = scope.invoke(byName, {classValue(functions()), text("f"), optionsValue({})});
         EXPECT_EQ(none.getValue<std::vector<za::Symbol>>().size(), 0u);
     }
-}
-
-TEST_F(SearchByReflection, ChecksItsArguments) {
-    meta::Operation const byName = operation("findSymbolByMetaClassAndName");
-    Value const wanted = classValue(functions());
-    Value const options = optionsValue({});
-    EXPECT_EQ(byName.getArguments().size(), 3u);
-    for (auto const& [arguments, failure] : std::vector<std::pair<std::vector<Value>, std::string>>{
-             {{wanted, text("f")}, "InvalidValue"},
-             {{wanted, text("f"), options, options}, "InvalidValue"},
-             {{text("f"), text("f"), options}, "CannotCastIncompatibleTypes"},
-             {{wanted, wanted, options}, "CannotCastIncompatibleTypes"},
-             {{wanted, text("f"), text("f")}, "CannotCastIncompatibleTypes"}})
-        EXPECT_EQ(testmodel::failureOf([&, &given = arguments] { (void)s.unit.invoke(byName, given); }),
-                  failure);
 }
 
 } // namespace
