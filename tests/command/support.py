@@ -1,5 +1,6 @@
 """What the tests of the command share. The path of the command is in ZELKOR."""
 
+import itertools
 import json
 import os
 import subprocess
@@ -9,6 +10,18 @@ import unittest
 
 def uuid(number):
     return f"00000000-0000-4000-8000-{number:012x}"
+
+
+_fresh = itertools.count(100000)
+
+
+def element(cls, identity=None, /, **properties):
+    """An element as the JSON form has it; one that nothing refers to gets an identity of its own."""
+    return {"class": cls, "uuid": identity or uuid(next(_fresh)), **properties}
+
+
+def position(file, line, column=1, identity=None):
+    return element("source.SourcePosition", identity, File=file, Line=line, Col=column)
 
 
 class CommandTest(unittest.TestCase):
