@@ -259,40 +259,4 @@ TEST(Registration, TheValueTypeHasNamesAndCollections) {
     EXPECT_NE(dynamic_cast<PrimitiveSet<FinderOptions>*>(collectionOf(type, false).get()), nullptr);
 }
 
-TEST(Registration, EachEnumerationHasNamesCollectionsAndThreeTextForms) {
-    meta::MetaRegistry& registry = meta::MetaRegistry::getInstance();
-    auto const& serializers = meta::PropertySerializerRegistry::getInstance();
-    std::set<meta::PropertySerializer const*> different;
-    std::size_t literals = 0;
-    for (meta::NamedElement const& object : za::MetaPackageZelkor_ast::getInstance().objects()) {
-        meta::Enum const type = meta::Enum::cast(object);
-        if (!type) continue;
-        SCOPED_TRACE(meta::qualifiedNameUtf8(type));
-        auto const* names = registry.names(type);
-        ASSERT_NE(names, nullptr);
-        EXPECT_EQ(names->script, "internal." + meta::qualifiedNameUtf8(type));
-        EXPECT_FALSE(registry.builderFactory(type));
-        EXPECT_EQ(registry.collectionFactory(type)(nullptr, za::Function::metaClass().getProperties()[0])
-                      ->getCollectionType(),
-                  type);
-        for (char const* key : {"", "ID", "PublicID"}) {
-            meta::PropertySerializer const* const text = serializers.getPropertySerializer(type, key);
-            ASSERT_NE(text, nullptr) << key;
-            different.insert(text);
-            for (meta::EnumLiteral const& literal : type.getLiterals()) {
-                Value const value = text->parseValue(literal.getName(), type);
-                EXPECT_EQ(static_cast<std::int64_t>(*static_cast<unsigned long const*>(value.data())),
-                          literal.getValue());
-                EXPECT_EQ(text->serializeValue(value), literal.getName());
-            }
-        }
-        literals += type.getLiterals().size();
-    }
-    EXPECT_EQ(different.size(), 3u * 14);
-    EXPECT_EQ(literals, 89u);
-    meta::Type const kind = registry.getType(u"zelkor.ast.TemplateKind");
-    EXPECT_NE(dynamic_cast<PrimitiveSequence<za::TemplateKind>*>(collectionOf(kind, true).get()), nullptr);
-    EXPECT_NE(dynamic_cast<PrimitiveSet<za::TemplateKind>*>(collectionOf(kind, false).get()), nullptr);
-}
-
 } // namespace
