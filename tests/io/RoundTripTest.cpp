@@ -26,13 +26,6 @@ TEST_P(RoundTrip, EveryPropertyOfEveryClassSurvives) {
     EXPECT_EQ(load(save(za::Ast(), GetParam()), GetParam()).getModel().size(), 0u);
 }
 
-TEST_P(RoundTrip, TheOtherFormIsAsGood) {
-    za::Ast const original = makeSampleModel();
-    std::string const text = save(original, GetParam());
-    za::Ast const between = load(save(load(text, GetParam()), other(GetParam())), other(GetParam()));
-    EXPECT_EQ(save(between, GetParam()), text);
-}
-
 TEST_P(RoundTrip, Utf16HoldsTheSameText) {
     za::Ast original = makeSampleModel();
     std::u16string const wide = za::io::serializeToUTF16String(original, GetParam());

@@ -1,6 +1,6 @@
 // Builders: what they hold, what they make, and what they leave behind when they fail.
 
-#include "model/ModelSupport.hpp"
+#include "kernel/Stage.hpp"
 
 #include "brant/zero/meta/Names.hpp"
 #include "zelkor/ast.hpp"
@@ -12,9 +12,10 @@
 #include <stdexcept>
 
 using namespace testmodel;
-namespace za = zelkor::ast;
 
 namespace {
+
+class BuilderTest : public testing::Test, protected Stage {};
 
 std::unique_ptr<za::Variable::Builder> variable(std::string name) {
     auto builder = std::make_unique<za::Variable::Builder>();
@@ -194,12 +195,10 @@ TEST(Builder, ASecondSingleBuilderEndsTheFirst) {
     EXPECT_TRUE(ended);
 }
 
-TEST(Builder, AFailureLeavesNothing) {
-    Model const model = newModel();
+TEST_F(BuilderTest, AFailureLeavesNothing) {
     Model const other = newModel();
-    za::Macro const present = za::Macro::create(model);
     std::function<void()> const attempts[] = {
-        [&] { za::Function::Builder(model).setName("f").create(present.uuid()); },
+        [&] { za::Function::Builder(model).setName("f").create(macro.uuid()); },
         [&] { za::Function::Builder(model).setAssocTemplate(za::Template::create(other)).create(); },
         [&] {
             auto param = variable("p");
@@ -222,22 +221,7 @@ TEST(Builder, AFailureLeavesNothing) {
     EXPECT_EQ(failureOf([] { za::Macro::Builder().create(); }), "CannotCreateWithoutModel");
 }
 
-TEST(Builder, MayBeUsedAgainAlsoAfterAFailure) {
-    Model const model = newModel();
-    za::Macro const present = za::Macro::create(model);
-    za::Function::Builder builder(model);
-    builder.setName("f").addParams(variable("p"));
-    EXPECT_EQ(failureOf([&] { builder.create(present.uuid()); }), "UniquenessConstraint");
-    za::Function const first = builder.create();
-    za::Function const second = builder.create();
-    EXPECT_NE(first, second);
-    EXPECT_NE(first.getParams()[0], second.getParams()[0]);
-    EXPECT_EQ(second.getParams()[0].getName(), "p");
-}
-
-TEST(Builder, CreateIntoPutsTheElementInPlaceOrNowhere) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
+TEST_F(BuilderTest, CreateIntoPutsTheElementInPlaceOrNowhere) {
     boost::uuids::uuid const chosen = ElementImpl::generateNewUuid();
     za::Scope const scope = function.createIntoScope(za::Scope::Builder(), chosen);
     EXPECT_EQ(scope.uuid(), chosen);
@@ -246,7 +230,6 @@ TEST(Builder, CreateIntoPutsTheElementInPlaceOrNowhere) {
     named.setName("v");
     za::Symbol const symbol = scope.createIntoSymbols(named);
     EXPECT_EQ(symbol.getOwningScope(), scope);
-    za::Project const project = za::Project::create(model);
     za::source::SourceFile::Builder file;
     file.setPath(u"/a");
     project.createIntoFiles(file);

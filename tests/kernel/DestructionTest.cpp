@@ -1,6 +1,6 @@
 // The end of elements: order, what refers to them, depth, and models that end as a whole.
 
-#include "model/ModelSupport.hpp"
+#include "kernel/Stage.hpp"
 
 #include "brant/zero/meta/Names.hpp"
 #include "zelkor/ast.hpp"
@@ -11,9 +11,10 @@
 #include <optional>
 
 using namespace testmodel;
-namespace za = zelkor::ast;
 
 namespace {
+
+class DestructionTest : public testing::Test, protected Stage {};
 
 constexpr std::size_t deep = 1000000;
 
@@ -66,15 +67,11 @@ TEST(Destruction, ReportsChildrenBeforeTheirOwnersInPropertyOrder) {
     EXPECT_EQ(model.size(), 1u);
 }
 
-TEST(Destruction, ReferencesFromOthersReadAsDead) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Template const assoc = za::Template::create(model);
-    za::types::ClassType const befriending = za::types::ClassType::create(model);
+TEST_F(DestructionTest, ReferencesFromOthersReadAsDead) {
     function.setAssocTemplate(assoc);
-    function.getBefriendingAggregatesMutable().add(befriending);
+    function.getBefriendingAggregatesMutable().add(cls);
     assoc.destroy();
-    befriending.destroy();
+    cls.destroy();
     EXPECT_FALSE(function.getAssocTemplate());
     EXPECT_FALSE(function.hasAssocTemplate());
     EXPECT_FALSE(function.getAssocTemplate()); // and again
@@ -124,9 +121,7 @@ TEST(Destruction, PlaceholdersAmongTheContentsAreLeftAlone) {
     EXPECT_EQ(model.size(), 0u);
 }
 
-TEST(Destruction, OfWhatTheSameTransactionMadeLeavesNothing) {
-    Model const model = newModel();
-    za::Scope const scope = za::Scope::create(model);
+TEST_F(DestructionTest, OfWhatTheSameTransactionMadeLeavesNothing) {
     std::string const before = dump(model);
     for (bool const commit : {false, true}) {
         Transaction level = model.beginTransaction();
@@ -205,16 +200,10 @@ TEST(Destruction, HandlesMadeWhileAnElementIsFreedDoNotFreeItAgain) {
     EXPECT_EQ(count, ElementImpl::REFCOUNT_DELETING);
 }
 
-TEST(Destruction, ReferencesOfOneElementAreDroppedWithUpkeepOrWithout) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Scope const scope = za::Scope::create(model);
-    za::Variable const param = za::Variable::create(model);
-    za::Template const assoc = za::Template::create(model);
-    auto const befriending = za::types::ClassType::create(model);
+TEST_F(DestructionTest, ReferencesOfOneElementAreDroppedWithUpkeepOrWithout) {
     auto const refer = [&] {
         function.setAssocTemplate(assoc);
-        function.getBefriendingAggregatesMutable().add(befriending);
+        function.getBefriendingAggregatesMutable().add(cls);
     };
     auto const expectOnlyWhatIsOwned = [&] {
         EXPECT_FALSE(function.hasAssocTemplate());
@@ -224,7 +213,7 @@ TEST(Destruction, ReferencesOfOneElementAreDroppedWithUpkeepOrWithout) {
         EXPECT_EQ(violationOf(model), "");
     };
     function.setScope(scope);
-    function.getParamsMutable().add(param);
+    function.getParamsMutable().add(one);
     refer();
     auto const told = reported(function, [&] { function.get()->disassociateIncoming(); });
     EXPECT_EQ(told.size(), 2u);
@@ -243,7 +232,7 @@ TEST(Destruction, ReferencesOfOneElementAreDroppedWithUpkeepOrWithout) {
     refer();
     function.get()->doDestroy(false, false);
     EXPECT_FALSE(scope);
-    EXPECT_FALSE(param);
+    EXPECT_FALSE(one);
     EXPECT_FALSE(function.hasScope());
     EXPECT_FALSE(function.hasParams());
     EXPECT_EQ(function.getAssocTemplate(), assoc);

@@ -29,7 +29,10 @@ struct Stage {
     za::Template lost = placeholderFor<za::Template>(model, ElementImpl::generateNewUuid());
     za::types::StructType type = za::types::StructType::create(model);
     za::types::Method method = za::types::Method::create(model);
+    za::types::ClassType cls = za::types::ClassType::create(model);
     za::source::SourcePosition position = za::source::SourcePosition::create(model);
+    za::Project project = za::Project::create(model);
+    za::source::SourceFile file = za::source::SourceFile::create(model);
 
     [[nodiscard]] ModelElement named(std::string const& name) const {
         std::map<std::string, ModelElement> const all = {

@@ -163,45 +163,21 @@ TEST(Verify, SeesEachViolation) {
 }
 
 TEST(Verify, WhatLooksOddIsLegal) {
-    struct Case {
-        char const* what;
-        std::function<void(Sound&)> make;
-    } const cases[] = {
-        {"an element twice in a collection that is not unique",
-         [](Sound& s) {
-             auto const arg = za::TemplateArg::create(s.model);
-             s.function.getTemplateArgsMutable().add(arg);
-             s.function.getTemplateArgsMutable().add(arg);
-         }},
-        {"an entry that outlived the containment",
-         [](Sound& s) {
-             auto const arg = za::TemplateArg::create(s.model);
-             s.function.getTemplateArgsMutable().add(arg);
-             s.function.getTemplateArgsMutable().add(arg);
-             za::Function::create(s.model).getTemplateArgsMutable().add(arg);
-         }},
-        {"an entry whose element is dead",
-         [](Sound& s) {
-             auto const arg = za::TemplateArg::create(s.model);
-             s.function.getTemplateArgsMutable().add(arg);
-             s.function.getTemplateArgsMutable().add(arg);
-             arg.destroy();
-         }},
-        {"a reference to a dead element",
-         [](Sound& s) {
-             auto const other = za::Template::create(s.model);
-             s.function.setAssocTemplate(other);
-             other.destroy();
-         }},
-        {"a placeholder as a member",
-         [](Sound& s) {
-             s.scope.getSymbolsMutable().genericAdd(
-                 s.model.createProxy(za::Variable::metaClass(), {u"", u"nowhere", nullptr}));
-         }},
-    };
-    for (Case const& one : cases) {
-        Sound sound;
-        one.make(sound);
-        EXPECT_EQ(violationOf(sound.model), "") << one.what;
-    }
+    Sound s;
+    auto const arg = za::TemplateArg::create(s.model);
+    auto const expectLegal = [&](char const* what) { EXPECT_EQ(violationOf(s.model), "") << what; };
+    s.function.getTemplateArgsMutable().add(arg);
+    s.function.getTemplateArgsMutable().add(arg);
+    expectLegal("an element twice in a collection that is not unique");
+    za::Function::create(s.model).getTemplateArgsMutable().add(arg);
+    expectLegal("an entry that outlived the containment");
+    arg.destroy();
+    expectLegal("an entry whose element is dead");
+    auto const assoc = za::Template::create(s.model);
+    s.function.setAssocTemplate(assoc);
+    assoc.destroy();
+    expectLegal("a reference to a dead element");
+    s.scope.getSymbolsMutable().genericAdd(
+        s.model.createProxy(za::Variable::metaClass(), {u"", u"nowhere", nullptr}));
+    expectLegal("a placeholder as a member");
 }

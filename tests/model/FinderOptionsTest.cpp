@@ -111,26 +111,6 @@ TEST(FinderOptions, HashIsFixed) {
     EXPECT_EQ(valueOf({}).hash(), hash(FinderOptions()));
 }
 
-TEST(FinderOptions, TravelsAsAValue) {
-    FinderOptions const options = FinderOptions().setIncludeStdNs(true);
-    Value const value = valueOf(options);
-    EXPECT_EQ(value.getValue<FinderOptions>(), options);
-    EXPECT_TRUE(value.getValue<boost::optional<FinderOptions>>() == options);
-    EXPECT_EQ(value, valueOf(options));
-    EXPECT_FALSE(value == valueOf({}));
-    Value const absent = serializer().createEmptyOptionalValue();
-    EXPECT_EQ(absent.flags(), ValueFlags::Absent);
-    EXPECT_TRUE(absent.isEmpty());
-    EXPECT_EQ(absent.getType(), datatype());
-    EXPECT_FALSE(absent.getValue<boost::optional<FinderOptions>>());
-    EXPECT_THROW((void)absent.getValue<FinderOptions>(),
-                 MessageException<messages::CannotCastIncompatibleTypes>);
-    EXPECT_EQ(Value(ValueMeta(datatype(), ValueFlags::One)).getValue<FinderOptions>(), FinderOptions());
-    Value const number = Value::own(meta::StandardTypes::integer(), ValueFlags::One, 1);
-    EXPECT_THROW((void)number.getValue<FinderOptions>(),
-                 MessageException<messages::CannotCastIncompatibleTypes>);
-}
-
 // ---- as a record of fields
 
 TEST(FinderOptionsSerializer, ReadsAndWritesEachField) {
@@ -209,24 +189,6 @@ TEST(FinderOptionsSerializer, DefaultsAreThoseOfTheSchema) {
                   text->parseValue(field.getDefaultValue(), field.getType()))
             << ::testing::PrintToString(field.getName());
     }
-}
-
-TEST(FinderOptionsSerializer, CombinesValues) {
-    FinderOptions const a;
-    FinderOptions const b = FinderOptions().setIncludeSubScopes(false);
-    std::vector<Value> const values = {valueOf(a), valueOf(b), valueOf(a)};
-    Value const list = serializer().combineAsUnmanagedSequenceValue(datatype(), values);
-    EXPECT_EQ(list.getValue<std::vector<FinderOptions>>(), (std::vector{a, b, a}));
-    EXPECT_EQ(list.extract(), values);
-    EXPECT_FALSE(list.isManaged());
-    Value const set = serializer().combineAsUnmanagedSetValue(datatype(), values);
-    EXPECT_EQ(set.getValue<std::set<FinderOptions>>(), (std::set{a, b}));
-    EXPECT_EQ(set.extract(), (std::vector{valueOf(b), valueOf(a)})) << "false comes before true";
-    EXPECT_THROW((void)set.getValue<std::vector<FinderOptions>>(),
-                 MessageException<messages::CannotCastIncompatibleTypes>);
-    EXPECT_FALSE(serializer().combineAsUnmanagedSequenceValue(datatype(), {}).isEmpty());
-    EXPECT_FALSE(serializer().fromOptionalValue(values[0]));
-    EXPECT_EQ(serializer().toOptionalValue(values[0]), values[0]);
 }
 
 // ---- registration

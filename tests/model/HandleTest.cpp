@@ -1,6 +1,6 @@
 // What handles and the collections behind them offer to code that compiles against them.
 
-#include "model/ModelSupport.hpp"
+#include "kernel/Stage.hpp"
 
 #include "zelkor/ast.hpp"
 
@@ -11,10 +11,11 @@
 #include <unordered_set>
 
 using namespace testmodel;
-namespace za = zelkor::ast;
 using za::types::Method;
 
 namespace {
+
+class HandleTest : public testing::Test, protected Stage {};
 
 static_assert(sizeof(ModelElement) == sizeof(void*));
 static_assert(sizeof(za::Function) == sizeof(void*) && sizeof(Method) == sizeof(void*));
@@ -61,10 +62,7 @@ TEST(Handle, EachClassHasAnObjectThatStandsForIt) {
     EXPECT_NE(static_cast<void const*>(&za::Function::Uuid()), static_cast<void const*>(&Method::Uuid()));
 }
 
-TEST(Handle, CollectionsKeepTheirAddressAndReadingOneChangesNothing) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Variable const variable = za::Variable::create(model);
+TEST_F(HandleTest, CollectionsKeepTheirAddressAndReadingOneChangesNothing) {
     std::string const before = dump(model);
     auto const* const params = &function.getParams();
     auto const* const comments = &function.getComments();
@@ -72,11 +70,11 @@ TEST(Handle, CollectionsKeepTheirAddressAndReadingOneChangesNothing) {
         for (za::Variable const& param : function.getParams())
             ADD_FAILURE() << param.getName();
         EXPECT_EQ(function.getComments().size(), 0u);
-        EXPECT_FALSE(function.getParams().contains(variable));
+        EXPECT_FALSE(function.getParams().contains(one));
     });
     EXPECT_TRUE(changes.empty());
     EXPECT_EQ(dump(model), before);
-    function.getParamsMutable().add(variable);
+    function.getParamsMutable().add(one);
     function.getCommentsMutable().push_back(u"c");
     {
         Transaction const level = model.beginTransaction();
@@ -89,16 +87,13 @@ TEST(Handle, CollectionsKeepTheirAddressAndReadingOneChangesNothing) {
     EXPECT_EQ(params->size(), 1u);
 }
 
-TEST(Handle, BuildersTakeListsOfElements) {
-    Model const model = newModel();
-    auto const a = za::types::ClassType::create(model);
-    auto const b = za::types::StructType::create(model);
+TEST_F(HandleTest, BuildersTakeListsOfElements) {
     za::Function::Builder builder(model);
-    builder.addBefriendingAggregates({a, b}).addBefriendingAggregates(a).addComments({u"x", u"y"});
+    builder.addBefriendingAggregates({cls, type}).addBefriendingAggregates(cls).addComments({u"x", u"y"});
     za::Function const function = builder.create();
     auto const& friends = function.getBefriendingAggregates();
     ASSERT_EQ(friends.size(), 3u);
-    EXPECT_TRUE(friends[0] == a && friends[1] == b && friends[2] == a);
+    EXPECT_TRUE(friends[0] == cls && friends[1] == type && friends[2] == cls);
     EXPECT_EQ(function.getComments()[1], u"y");
     za::Function const none = builder.clearBefriendingAggregates().create();
     EXPECT_FALSE(none.hasBefriendingAggregates());

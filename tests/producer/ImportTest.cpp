@@ -35,6 +35,12 @@ class Import : public ::testing::Test {
                          commandFor("uses.cpp"), commandFor("uses.c", "-std=gnu11")});
     }
 
+    ImportOptions optionsOf(std::filesystem::path const& path) {
+        ImportOptions options;
+        options.database = path.string();
+        return options;
+    }
+
     TemporaryDirectory directory_;
 };
 
@@ -122,8 +128,7 @@ TEST_F(Import, InsightIsAsMuchAsIsAskedFor) {
     std::filesystem::path const path = database({commandFor("uses.cpp"), commandFor("uses.c", "-std=gnu11")});
     for (Insight const level : {Insight::None, Insight::Direct, Insight::Transitive}) {
         za::Ast ast;
-        ImportOptions options;
-        options.database = path.string();
+        ImportOptions options = optionsOf(path);
         options.jobs = 1;
         options.insight = level;
         ImportResult result = importProject(ast, options);
@@ -159,8 +164,7 @@ TEST_F(Import, CancellingLeavesTheModelAsItWas) {
     for (std::size_t after : {0U, 1U, 2U}) {
         za::Ast ast;
         std::atomic<bool> cancelled = after == 0;
-        ImportOptions options;
-        options.database = path.string();
+        ImportOptions options = optionsOf(path);
         options.jobs = 2;
         options.cancelled = &cancelled;
         options.progress = [&](ImportProgress const& progress) { cancelled = progress.unitsDone >= after; };
@@ -173,8 +177,7 @@ TEST_F(Import, CancellingLeavesTheModelAsItWas) {
 
 TEST_F(Import, WhatProgressThrowsArrivesAndLeavesNothing) {
     za::Ast ast;
-    ImportOptions options;
-    options.database = wholeProject().string();
+    ImportOptions options = optionsOf(wholeProject());
     options.progress = [](ImportProgress const& progress) {
         if (progress.unitsDone == 2) throw std::runtime_error("enough");
     };
@@ -184,8 +187,7 @@ TEST_F(Import, WhatProgressThrowsArrivesAndLeavesNothing) {
 
 TEST_F(Import, ProgressCountsEachUnitOnceInOrder) {
     za::Ast ast;
-    ImportOptions options;
-    options.database = wholeProject().string();
+    ImportOptions options = optionsOf(wholeProject());
     std::vector<std::string> files;
     options.progress = [&](ImportProgress const& progress) {
         files.push_back(progress.file);
@@ -200,8 +202,7 @@ TEST_F(Import, ProgressCountsEachUnitOnceInOrder) {
 TEST_F(Import, AModelThatHoldsSomethingIsRefused) {
     za::Ast ast;
     za::Project::create(ast.getModel());
-    ImportOptions options;
-    options.database = wholeProject().string();
+    ImportOptions options = optionsOf(wholeProject());
     EXPECT_THROW(importProject(ast, options), ImportError);
     EXPECT_EQ(ast.getModel().size(), 1U);
 }
