@@ -49,6 +49,14 @@ class CommandTest(unittest.TestCase):
             json.dump({"format": "zelkor-ast", "version": "1.0", "elements": elements}, file)
         return path
 
+    def assert_refused(self, rows, *verb):
+        """Each row: the words behind the verb, and a part of what is said then."""
+        for words, said in rows:
+            with self.subTest(words=words):
+                code, out, err = self.run_command(*verb, *words)
+                self.assertEqual((code, out), (2, ""))
+                self.assertIn(said, err)
+
     def run_command(self, *words):
         done = subprocess.run([os.environ["ZELKOR"], *words], capture_output=True, text=True, check=False)
         return done.returncode, done.stdout, done.stderr

@@ -161,8 +161,6 @@ std::string constantText(ConstantFact const& constant) {
 
 namespace {
 
-using Flags = std::vector<std::pair<bool, std::string>>;
-
 Flags functionWords(FunctionFacts const& facts) {
     static constexpr char const* special[] = {"",           "constructor",  "copy constructor", "destructor",
                                               "conversion", "udl operator", "operator"};
@@ -220,8 +218,12 @@ std::string factText(UnitFacts const& facts, Entity const& entity) {
         more.emplace_back(!entity.isDefined, "not defined");
     }
     words.insert(words.end(), more.begin(), more.end());
+    return wordsOf(words);
+}
+
+std::string wordsOf(Flags const& flags) {
     std::string text;
-    for (auto const& [isSet, word] : words)
+    for (auto const& [isSet, word] : flags)
         if (isSet) text += (text.empty() ? "" : " ") + word;
     return text;
 }

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace zelkor::producer::test {
@@ -50,6 +51,10 @@ std::string typeText(UnitFacts const& facts, Id const& id);
 
 // "int 5", "float 0.1", "{int 1, repeat}".
 std::string constantText(ConstantFact const& constant);
+
+// The words whose flag is set, with blanks between.
+using Flags = std::vector<std::pair<bool, std::string>>;
+std::string wordsOf(Flags const& flags);
 
 // What is known of a function, a variable or a record: its type, then storage, linkage, access and what else
 // is set.
