@@ -44,7 +44,7 @@ std::unique_ptr<za::Scope::Builder> chain(std::size_t depth, bool downward, Give
 
 } // namespace
 
-TEST(Builder, TheGivenBitCounts) {
+TEST_F(BuilderTest, TheGivenBitCounts) {
     Model const model = newModel();
     za::Function::Builder builder(model);
     EXPECT_EQ(builder.setProperties().size(), za::Function::Impl::table.count);
@@ -64,7 +64,7 @@ TEST(Builder, TheGivenBitCounts) {
     EXPECT_TRUE(macro.create().getDefPos());
 }
 
-TEST(Builder, WhatItDoesNotTakeStaysWithTheCaller) {
+TEST_F(BuilderTest, WhatItDoesNotTakeStaysWithTheCaller) {
     Model const model = newModel();
     struct Case {
         char const* what;
@@ -97,7 +97,7 @@ TEST(Builder, WhatItDoesNotTakeStaysWithTheCaller) {
     EXPECT_TRUE(builder.setProperties().none());
 }
 
-TEST(Builder, AValueWithoutItsBitIsNotGiven) {
+TEST_F(BuilderTest, AValueWithoutItsBitIsNotGiven) {
     struct Quiet : za::Macro::Impl::BuilderBase<Quiet> {
         [[nodiscard]] ClassTable const& classTable() const noexcept override {
             return za::Macro::Impl::table;
@@ -115,7 +115,7 @@ TEST(Builder, AValueWithoutItsBitIsNotGiven) {
     EXPECT_EQ(macro.getText(), u"heard");
 }
 
-TEST(Builder, MakesContentsInPropertyOrderEachSubtreeWhole) {
+TEST_F(BuilderTest, MakesContentsInPropertyOrderEachSubtreeWhole) {
     Model const model = newModel();
     auto const position = [] { return std::make_unique<za::source::SourcePosition::Builder>(); };
     auto scope = std::make_unique<za::Scope::Builder>();
@@ -156,7 +156,7 @@ TEST(Builder, MakesContentsInPropertyOrderEachSubtreeWhole) {
     EXPECT_EQ(identities.size(), order.size());
 }
 
-TEST(Builder, ReachedTwiceInOneOrchestrationMakesOneElement) {
+TEST_F(BuilderTest, ReachedTwiceInOneOrchestrationMakesOneElement) {
     Model const model = newModel();
     za::Macro::Builder outer(model);
     za::Macro::Builder builder(model);
@@ -177,7 +177,7 @@ TEST(Builder, ReachedTwiceInOneOrchestrationMakesOneElement) {
     EXPECT_NE(builder.create(), builder.create());
 }
 
-TEST(Builder, ASecondSingleBuilderEndsTheFirst) {
+TEST_F(BuilderTest, ASecondSingleBuilderEndsTheFirst) {
     struct Witness : za::Scope::Impl::BuilderBase<Witness> {
         explicit Witness(bool& ended) : ended_(ended) {}
         ~Witness() override { ended_ = true; }
@@ -239,7 +239,7 @@ TEST_F(BuilderTest, CreateIntoPutsTheElementInPlaceOrNowhere) {
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Builder, WithoutCascadeNothingIsAnnounced) {
+TEST_F(BuilderTest, WithoutCascadeNothingIsAnnounced) {
     Model const model = newModel();
     za::Function::Builder builder(model);
     builder.setName("f").addParams(variable("p"));
@@ -252,7 +252,7 @@ TEST(Builder, WithoutCascadeNothingIsAnnounced) {
     EXPECT_FALSE(function.hasParams());
 }
 
-TEST(Builder, NestingHasALimitFromBothEnds) {
+TEST_F(BuilderTest, NestingHasALimitFromBothEnds) {
     std::size_t const limit = Builder::nestingLimit;
     auto const typed = [](za::Scope::Builder& outer, std::unique_ptr<za::Scope::Builder> inner) {
         outer.addNamespaces(std::move(inner));
@@ -275,7 +275,7 @@ TEST(Builder, NestingHasALimitFromBothEnds) {
     EXPECT_EQ(model.size(), limit + 1);
 }
 
-TEST(Builder, WhatWasMadeSilentlyTakesPartInTransactions) {
+TEST_F(BuilderTest, WhatWasMadeSilentlyTakesPartInTransactions) {
     Model const model = newModel();
     za::Macro const macro = za::Macro::cast(za::Macro::Builder(model).setName(u"a").doCreate(true, {}));
     {

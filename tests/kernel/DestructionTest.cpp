@@ -34,7 +34,7 @@ za::Scope nest(Model const& model, std::size_t depth) {
 
 } // namespace
 
-TEST(Destruction, ReportsChildrenBeforeTheirOwnersInPropertyOrder) {
+TEST_F(DestructionTest, ReportsChildrenBeforeTheirOwnersInPropertyOrder) {
     Model const model = newModel();
     za::Function const function = za::Function::create(model);
     auto const body = za::source::SourceRange::create(model);
@@ -85,7 +85,7 @@ TEST_F(DestructionTest, ReferencesFromOthersReadAsDead) {
     EXPECT_TRUE(function.getBefriendingAggregates().empty());
 }
 
-TEST(Destruction, RepeatedAndLeftOverEntriesGoWithTheirOwner) {
+TEST_F(DestructionTest, RepeatedAndLeftOverEntriesGoWithTheirOwner) {
     Model const model = newModel();
     za::Function const function = za::Function::create(model);
     za::Function const other = za::Function::create(model);
@@ -110,7 +110,7 @@ TEST(Destruction, RepeatedAndLeftOverEntriesGoWithTheirOwner) {
     EXPECT_EQ(model.size(), 2u);
 }
 
-TEST(Destruction, PlaceholdersAmongTheContentsAreLeftAlone) {
+TEST_F(DestructionTest, PlaceholdersAmongTheContentsAreLeftAlone) {
     Model const model = newModel();
     za::Scope const scope = za::Scope::create(model);
     ModelElement const proxy = model.createProxy(za::Variable::metaClass(), {u"", u"nowhere", nullptr});
@@ -135,7 +135,7 @@ TEST_F(DestructionTest, OfWhatTheSameTransactionMadeLeavesNothing) {
     EXPECT_EQ(firstDifference(before, dump(model)), "");
 }
 
-TEST(Destruction, AModelThatEndsBreaksCycles) {
+TEST_F(DestructionTest, AModelThatEndsBreaksCycles) {
     std::vector<za::Function> handles;
     {
         Model const model = newModel();
@@ -153,7 +153,7 @@ TEST(Destruction, AModelThatEndsBreaksCycles) {
     EXPECT_EQ(handles[0].get()->refCount(), 1u); // nothing but this handle
 }
 
-TEST(Destruction, InvalidateCallsTheHookOncePerCollection) {
+TEST_F(DestructionTest, InvalidateCallsTheHookOncePerCollection) {
     static std::vector<void*> seen;
     seen.clear();
     za::Function function;
@@ -174,7 +174,7 @@ TEST(Destruction, InvalidateCallsTheHookOncePerCollection) {
     EXPECT_EQ(seen, expected);
 }
 
-TEST(Destruction, HandlesMadeWhileAnElementIsFreedDoNotFreeItAgain) {
+TEST_F(DestructionTest, HandlesMadeWhileAnElementIsFreedDoNotFreeItAgain) {
     static int freed;
     static std::uint32_t count;
     freed = 0;
@@ -240,7 +240,7 @@ TEST_F(DestructionTest, ReferencesOfOneElementAreDroppedWithUpkeepOrWithout) {
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Destruction, AMillionNestedScopes) {
+TEST_F(DestructionTest, AMillionNestedScopes) {
     Model const model = newModel();
     za::Scope const outermost = nest(model, deep);
     EXPECT_EQ(model.size(), deep);

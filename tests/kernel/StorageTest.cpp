@@ -18,7 +18,7 @@ ReflectionPrivateTag const& plain = ReflectionPrivateTag::PUBLIC_ACCESS;
 
 } // namespace
 
-TEST(Storage, EveryIndexOfEveryClassHasABit) {
+TEST_F(StorageTest, EveryIndexOfEveryClassHasABit) {
     std::size_t checked = 0;
     for (ClassTable const* table : classes()) {
         if (table->isAbstract) continue;
@@ -41,7 +41,7 @@ TEST(Storage, EveryIndexOfEveryClassHasABit) {
     EXPECT_GT(checked, 220u);
 }
 
-TEST(Storage, WhatWasCopiedIsOldValueAndCanBeWrittenBack) {
+TEST_F(StorageTest, WhatWasCopiedIsOldValueAndCanBeWrittenBack) {
     std::size_t checked = 0;
     for (ClassTable const* table : classes()) {
         if (table->isAbstract) continue;

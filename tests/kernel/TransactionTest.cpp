@@ -46,7 +46,7 @@ HandleState stateOf(std::function<void()> const& use) {
 
 } // namespace
 
-TEST(Transaction, AnInnerLevelEndsIntoTheOneAroundIt) {
+TEST_F(TransactionTest, AnInnerLevelEndsIntoTheOneAroundIt) {
     struct Case {
         std::initializer_list<bool> commits; // outermost first
         char16_t const* name;
@@ -132,7 +132,7 @@ TEST_F(TransactionTest, AnAbandonedLevelBringsBackWhatItDestroyed) {
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Transaction, DeadHandlesSayWhy) {
+TEST_F(TransactionTest, DeadHandlesSayWhy) {
     za::Macro const null;
     za::Macro destroyed;
     za::Macro rolledBack;
@@ -192,7 +192,7 @@ TEST_F(TransactionTest, ACollectionOfADeadElementRefusesChanges) {
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Transaction, IdentitiesAreChosenOnce) {
+TEST_F(TransactionTest, IdentitiesAreChosenOnce) {
     Model const model = newModel();
     za::Macro const fresh = za::Macro::create(model);
     EXPECT_EQ(fresh.uuid().version(), boost::uuids::uuid::version_random_number_based);
@@ -215,7 +215,7 @@ TEST(Transaction, IdentitiesAreChosenOnce) {
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Transaction, IdentitiesAreFreeAgainAfterARollback) {
+TEST_F(TransactionTest, IdentitiesAreFreeAgainAfterARollback) {
     Model const model = newModel();
     boost::uuids::uuid const chosen = ElementImpl::generateNewUuid();
     for (int i = 0; i < 3; ++i) {
@@ -227,7 +227,7 @@ TEST(Transaction, IdentitiesAreFreeAgainAfterARollback) {
     EXPECT_TRUE(za::Macro::create(model, chosen));
 }
 
-TEST(Transaction, TopLevelElementsKeepTheirOrder) {
+TEST_F(TransactionTest, TopLevelElementsKeepTheirOrder) {
     Model const model = newModel();
     za::Scope const holder = za::Scope::create(model);
     std::vector<za::Variable> variables;

@@ -41,7 +41,7 @@ static_assert(!std::is_const_v<std::remove_reference_t<decltype(za::Scope().getS
 
 } // namespace
 
-TEST(Handle, IsAValueThatStandsForItsElement) {
+TEST_F(HandleTest, IsAValueThatStandsForItsElement) {
     Model const model = newModel();
     za::Function const function = Method::create(model);
     za::Symbol const symbol = function;
@@ -57,7 +57,7 @@ TEST(Handle, IsAValueThatStandsForItsElement) {
     EXPECT_EQ(symbol.getMetaClass(), Method::metaClass());
 }
 
-TEST(Handle, EachClassHasAnObjectThatStandsForIt) {
+TEST_F(HandleTest, EachClassHasAnObjectThatStandsForIt) {
     EXPECT_EQ(&za::Function::Uuid(), &za::Function::Uuid());
     EXPECT_NE(static_cast<void const*>(&za::Function::Uuid()), static_cast<void const*>(&Method::Uuid()));
 }
