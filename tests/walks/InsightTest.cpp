@@ -72,6 +72,7 @@ constexpr bool F = false;
 TEST_F(Insight, Functions) {
     Row const rows[] = {
         {"declared by its definition only", T, "c3:1", "c3:1", "D..."},
+        {"declared by its definition only, in a header", T, "h3:1", "h3:1", "Dh.."},
         {"defined in the main file, declared in a header", T, "c3:1", "c3:1 h1:1", "D.dh"},
         {"not defined, declared in the main file", F, "", "c1:1", "..dh"},
         {"not defined, not declared", F, "", "", "...."},
