@@ -90,7 +90,7 @@ TYPED_TEST(PrimitiveWalk, AgreesWithAVectorAcrossRollbacksAndInOldValues) {
 
 TEST_F(PrimitiveTest, AValueOfTheSequenceItselfMayBeGiven) {
     for (char const* text : {"a", "c", "b"})
-        notes.push_back(text);
+        notes.add(text);
     notes.push_back(notes[1]);
     notes.insert(notes.begin(), notes[3]);
     EXPECT_EQ(valuesOf(notes), Texts({"c", "a", "c", "b", "c"}));

@@ -370,6 +370,11 @@ TEST(Exceptions, CopiesKeepTypeAndTextBeyondTheOriginal) {
     EXPECT_THROW(io::FileError("a", "b").clone()->rethrow(), io::FileError);
     EXPECT_THROW(io::ParseError("a", 1, 1, "b").clone()->rethrow(), io::ParseError);
     EXPECT_THROW(DeadHandle(HandleState::Null).clone()->rethrow(), DeadHandle);
+    try {
+        throwDeadHandle(HandleState::Destroyed, "Function.getName");
+    } catch (DeadHandle const& caught) {
+        EXPECT_EQ(std::string_view(caught.what()).find("Function.getName: "), 0u) << caught.what();
+    }
 }
 
 TEST(Exceptions, ParseErrorsSayWhere) {

@@ -191,6 +191,22 @@ TEST(FinderOptionsSerializer, DefaultsAreThoseOfTheSchema) {
     }
 }
 
+TEST(FinderOptionsSerializer, CombinesValues) {
+    FinderOptions const a;
+    FinderOptions const b = FinderOptions().setIncludeSubScopes(false);
+    std::vector<Value> const values = {valueOf(a), valueOf(b), valueOf(a)};
+    Value const list = serializer().combineAsUnmanagedSequenceValue(datatype(), values);
+    EXPECT_EQ(list.getValue<std::vector<FinderOptions>>(), (std::vector{a, b, a}));
+    EXPECT_EQ(list.extract(), values);
+    Value const set = serializer().combineAsUnmanagedSetValue(datatype(), values);
+    EXPECT_EQ(set.extract(), (std::vector{valueOf(b), valueOf(a)})) << "false comes before true";
+    EXPECT_FALSE(serializer().fromOptionalValue(values[0]));
+    EXPECT_EQ(serializer().toOptionalValue(values[0]), values[0]);
+    Value const absent = serializer().createEmptyOptionalValue();
+    EXPECT_EQ(absent.flags(), ValueFlags::Absent);
+    EXPECT_FALSE(absent.getValue<boost::optional<FinderOptions>>());
+}
+
 // ---- registration
 
 /// \returns the collection that the registry makes for a property of another class: only the order counts.
@@ -219,6 +235,26 @@ TEST(Registration, TheValueTypeHasNamesAndCollections) {
     EXPECT_EQ(values->genericAt(0).getValue<FinderOptions>(), FinderOptions().setIncludeStdNs(true));
     EXPECT_EQ(values->genericIndexOf(valueOf({})), 1u);
     EXPECT_NE(dynamic_cast<PrimitiveSet<FinderOptions>*>(collectionOf(type, false).get()), nullptr);
+}
+
+TEST(Registration, EachEnumerationHasThreeTextForms) {
+    auto const& serializers = meta::PropertySerializerRegistry::getInstance();
+    std::set<meta::PropertySerializer const*> different;
+    for (meta::NamedElement const& object : za::MetaPackageZelkor_ast::getInstance().objects()) {
+        meta::Enum const type = meta::Enum::cast(object);
+        for (char const* key : {"", "ID", "PublicID"})
+            if (meta::PropertySerializer const* text =
+                    type ? serializers.getPropertySerializer(type, key) : nullptr) {
+                different.insert(text);
+                for (meta::EnumLiteral const& literal : type.getLiterals())
+                    EXPECT_EQ(text->serializeValue(text->parseValue(literal.getName(), type)),
+                              literal.getName());
+            }
+    }
+    EXPECT_EQ(different.size(), 3u * 14);
+    meta::Type const kind = meta::MetaRegistry::getInstance().getType(u"zelkor.ast.TemplateKind");
+    EXPECT_EQ(collectionOf(kind, true)->getCollectionType(), kind);
+    EXPECT_EQ(collectionOf(kind, false)->getCollectionType(), kind);
 }
 
 } // namespace

@@ -113,9 +113,9 @@ Value sampleValue(PropertyRow const& row, unsigned variant) {
         return Value::createPrimitiveValue(property,
                                            " name<T&&>, \"x\" \\ ]]> \xc3\xa9" + std::to_string(variant));
     case ValueKind::String:
-        return Value::createPrimitiveValue(property,
-                                           std::u16string(u"wide \u20ac \U0001F600 <&> \"x\" \\ \t\r\n") +
-                                               char16_t(u'a' + variant));
+        return Value::createPrimitiveValue(
+            property,
+            std::u16string(u"wide \u20ac \uFFFD \U0001F600 <&> \"x\" \\ \t\r\n") + char16_t(u'a' + variant));
     default:
         return enumerationValue(property, row, variant);
     }
