@@ -134,7 +134,7 @@ TEST(Notice, OldCollectionsAreThoseOfTheStart) {
                     throw std::runtime_error("enough");
                 }
         });
-        EXPECT_EQ(failureOf([&] { change(s); }), "enough");
+        EXPECT_EQ(failureOf([&, &change = change] { change(s); }), "enough");
         EXPECT_GE(calls, 1);
     }
 }
