@@ -102,9 +102,13 @@ TEST(ScriptErrors, areReportedWithCatalogueAndId) {
     ArrayPtr const nullModel = omCreateQuorlMatrix(quorl::internal::makeInterned("brant.zero.Model"), 1, 1);
     ArrayPtr const twoStructs = omCreateStructMatrix(1, 2, std::vector<std::string>{"Name"});
     ArrayPtr const fragment = host::number(2.5);
+    ArrayPtr const foreign = newModel();
     ArrayPtr const project = make("Project", model);
     ArrayPtr const keyed = init({{"Path", host::string(u"a.c")}});
     call("createIntoFiles", project, keyed);
+    auto const with = [&](char const* field, ArrayPtr const& value) {
+        make("Function", model, init({{field, value}}));
+    };
     struct Case {
         char const* what;
         std::function<void()> call;
@@ -121,41 +125,15 @@ TEST(ScriptErrors, areReportedWithCatalogueAndId) {
         {"taken identity", [&] { make("Function", model, text(identity)); }, "UniquenessConstraint"},
         {"abstract", [&] { make("Symbol", model); },
          "host CannotInstantiate(internal.zelkor.ast.Symbol, the class is abstract)"},
-        {"no property",
-         [&] {
-             make("Function", model, init({{"Nome", text("f")}}));
-         },
-         "NoSuchProperty(Nome, zelkor.ast.Function)"},
-        {"read-only init",
-         [&] {
-             make("Function", model, init({{"IsTemplate", text("f")}}));
-         },
+        {"no property", [&] { with("Nome", text("f")); }, "NoSuchProperty(Nome, zelkor.ast.Function)"},
+        {"read-only init", [&] { with("IsTemplate", text("f")); },
          "CannotSetReadOnlyProperty(zelkor.ast.Function.IsTemplate)"},
-        {"owned, no struct",
-         [&] {
-             make("Function", model, init({{"Scope", text("f")}}));
-         },
-         "InvalidValue"},
-        {"two for one owned",
-         [&] {
-             make("Function", model, init({{"Scope", twoStructs}}));
-         },
-         "InvalidValue"},
-        {"foreign class",
-         [&] {
-             make("Function", model, init({{"MetaClass", text("zelkor.ast.Macro")}}));
-         },
+        {"owned, no struct", [&] { with("Scope", text("f")); }, "InvalidValue"},
+        {"two for one owned", [&] { with("Scope", twoStructs); }, "InvalidValue"},
+        {"foreign class", [&] { with("MetaClass", text("zelkor.ast.Macro")); },
          "CannotCastIncompatibleTypes(internal.zelkor.ast.Function)"},
-        {"subclass",
-         [&] {
-             make("Function", model, init({{"MetaClass", text("zelkor.ast.types.Method")}}));
-         },
-         "InvalidValue"},
-        {"unknown class",
-         [&] {
-             make("Function", model, init({{"MetaClass", text("Funktion")}}));
-         },
-         "NoSuchType(u:Funktion)"},
+        {"subclass", [&] { with("MetaClass", text("zelkor.ast.types.Method")); }, "InvalidValue"},
+        {"unknown class", [&] { with("MetaClass", text("Funktion")); }, "NoSuchType(u:Funktion)"},
         {"createInto on a dead one", [&] { call("createIntoInitVal", gone); }, "host InvalidHandle"},
         {"createInto, two structs", [&] { call("createIntoParams", function, twoStructs); }, "InvalidValue"},
         {"createInto, order", [&] { call("createIntoParams", function, text(identity), named); },
@@ -178,11 +156,7 @@ TEST(ScriptErrors, areReportedWithCatalogueAndId) {
          "CannotCastIncompatibleTypes(uint32)"},
         {"ill-formed text", [&] { set(function, "Name", host::string(std::u16string(1, char16_t(0xD800)))); },
          "InvalidValue"},
-        {"cross-model",
-         [&] {
-             ArrayPtr const other = newModel();
-             set(function, "Params", make("Variable", other));
-         },
+        {"cross-model", [&] { set(function, "Params", make("Variable", foreign)); },
          "CannotCreateCrossModelAssociation"},
     };
     std::string const before = show(call("size", model));

@@ -14,33 +14,24 @@
     void work() { asm(""); }
 """
 
-from support import uuid
+import support
+from support import element, uuid
 
 NAMES = (
     "project a b box inner stdio unit_a unit_b int char pointer base derived base_go derived_go size main run helper "
     "helper_text printf lonely work apply apply_int apply_template counter limit insight unused const_char start hook hook_type hook_pointer late"
 ).split()
 ID = {name: uuid(number) for number, name in enumerate(NAMES, 1)}
-_next = iter(range(1000, 100000))
-
-
-def element(cls, identity=None, **properties):
-    return {"class": cls, "uuid": identity or uuid(next(_next)), **properties}
 
 
 def position(file, line, column=1):
-    return element("source.SourcePosition", File=ID[file], Line=line, Col=column)
+    return support.position(ID[file], line, column)
 
 
 def file(name, path, includes=(), **flags):
-    return element(
-        "source.SourceFile",
-        ID[name],
-        Path=path,
-        IncludedFiles=[ID[other] for other in includes],
-        IncludedFileWrittenNames=[f"{other}.hpp" for other in includes],
-        **flags,
-    )
+    written = [f"{other}.hpp" for other in includes]
+    return element("source.SourceFile", ID[name], Path=path, IncludedFiles=[ID[other] for other in includes],
+                   IncludedFileWrittenNames=written, **flags)
 
 
 def function(name, spelling, line, params=(), where="a", cls="Function", **more):
@@ -57,15 +48,9 @@ def calling(*names):
 
 
 def record(name, calls=(), reads=(), writes=(), annotations=(), **flags):
-    return element(
-        "codeinsight.FunctionInfo",
-        Function=ID[name],
-        Annotations=list(annotations),
-        CalledFuns=[ID[other] for other in calls],
-        ReadVars=[ID[other] for other in reads],
-        WrittenVars=[ID[other] for other in writes],
-        **flags,
-    )
+    lists = {"CalledFuns": calls, "ReadVars": reads, "WrittenVars": writes}
+    return element("codeinsight.FunctionInfo", Function=ID[name], Annotations=list(annotations),
+                   **{key: [ID[other] for other in names] for key, names in lists.items()}, **flags)
 
 
 RECORDS = [
@@ -92,31 +77,13 @@ VARIABLES = [
 MACROS = [element("codeinsight.MacroInfo", Macro=ID["unused"], InvocationPositions=[position("a", 30), position("b", 2)])]
 
 CLASSES = [
-    element(
-        "types.StructType",
-        ID["base"],
-        Name="Base",
-        DefPos=position("box", 1, 8),
-        Methods=[
-            element(
-                "types.Method",
-                ID["base_go"],
-                Name="go",
-                IsVirtual=True,
-                Params=[element("Variable", Type=ID["int"])],
-                DeclPos=[position("box", 1, 28)],
-            )
-        ],
-    ),
-    element(
-        "types.StructType",
-        ID["derived"],
-        Name="Derived",
-        DefPos=position("box", 2, 8),
-        BaseClasses=[element("types.BaseClass", Type=ID["base"])],
-        Members=[element("types.Member", ID["size"], Name="size", Type=ID["int"], DefPos=position("box", 4, 9))],
-        Methods=[function("derived_go", "go", 2, ["int"], "b", "types.Method", IsVirtual=True)],
-    ),
+    element("types.StructType", ID["base"], Name="Base", DefPos=position("box", 1, 8), Methods=[
+        element("types.Method", ID["base_go"], Name="go", IsVirtual=True, Params=[element("Variable", Type=ID["int"])],
+                DeclPos=[position("box", 1, 28)])]),
+    element("types.StructType", ID["derived"], Name="Derived", DefPos=position("box", 2, 8),
+            BaseClasses=[element("types.BaseClass", Type=ID["base"])],
+            Members=[element("types.Member", ID["size"], Name="size", Type=ID["int"], DefPos=position("box", 4, 9))],
+            Methods=[function("derived_go", "go", 2, ["int"], "b", "types.Method", IsVirtual=True)]),
     element("types.PointerType", ID["pointer"], Type=ID["const_char"]),
     element("types.QualifiedType", ID["const_char"], Type=ID["char"], IsConst=True),
 ]
@@ -138,53 +105,24 @@ SYMBOLS = [
     function("late", "late", 9),
     element("Template", ID["apply_template"], Name="apply", ProtoTypeInstantiation=ID["apply"]),
     function("apply", "apply", 6, (), "box", AssocTemplate=ID["apply_template"], IsTemplatePrototype=True),
-    element(
-        "Function",
-        ID["apply_int"],
-        Name="apply",
-        AssocTemplate=ID["apply_template"],
-        TemplateArgs=[element("TemplateArg", Kind="Type", Type=ID["int"])],
-        DeclPos=[position("box", 6, 6)],
-    ),
+    element("Function", ID["apply_int"], Name="apply", AssocTemplate=ID["apply_template"], DeclPos=[position("box", 6, 6)],
+            TemplateArgs=[element("TemplateArg", Kind="Type", Type=ID["int"])]),
 ]
 
 
 def elements(insight=True, records=None):
     """The elements of the file; without insight, or with other records in place of these."""
-    summary = element(
-        "codeinsight.CodeInsight",
-        ID["insight"],
-        Functions=RECORDS if records is None else records,
-        Variables=VARIABLES,
-        Macros=MACROS,
-    )
-    return [
-        element(
-            "Project",
-            ID["project"],
-            Files=[
-                file("a", "src/a.cpp", ["box", "stdio"], IsTopLevelFile=True),
-                file("b", "src/b.cpp", ["box"], IsTopLevelFile=True),
-                file("box", "inc/box.hpp", ["inner"], IsInclude=True),
-                file("inner", "inc/inner.hpp", ["box"], IsInclude=True),
-                file("stdio", "/usr/include/stdio.h", IsInclude=True, IsIncludedFromSystemIncludeDir=True),
-            ],
-            Compilations=[
-                element(
-                    "source.CompilationUnit",
-                    ID["unit_a"],
-                    Files=[ID["a"], ID["box"]],
-                    Annotations=[summary] if insight else [],
-                    Macros=[element("Macro", ID["unused"], Name="UNUSED", DefPos=position("inner", 1))],
-                    Symbols=SYMBOLS,
-                    Namespaces=[element("Namespace", Name="ns", Symbols=CLASSES)],
-                ),
-                element(
-                    "source.CompilationUnit",
-                    ID["unit_b"],
-                    Files=[ID["b"]],
-                    Symbols=[function("work", "work", 3, where="b")],
-                ),
-            ],
-        )
+    summary = element("codeinsight.CodeInsight", ID["insight"], Functions=RECORDS if records is None else records,
+                      Variables=VARIABLES, Macros=MACROS)
+    files = [
+        file("a", "src/a.cpp", ["box", "stdio"], IsTopLevelFile=True),
+        file("b", "src/b.cpp", ["box"], IsTopLevelFile=True),
+        file("box", "inc/box.hpp", ["inner"], IsInclude=True),
+        file("inner", "inc/inner.hpp", ["box"], IsInclude=True),
+        file("stdio", "/usr/include/stdio.h", IsInclude=True, IsIncludedFromSystemIncludeDir=True),
     ]
+    first = element("source.CompilationUnit", ID["unit_a"], Files=[ID["a"], ID["box"]], Annotations=[summary] if insight else [],
+                    Macros=[element("Macro", ID["unused"], Name="UNUSED", DefPos=position("inner", 1))], Symbols=SYMBOLS,
+                    Namespaces=[element("Namespace", Name="ns", Symbols=CLASSES)])
+    second = element("source.CompilationUnit", ID["unit_b"], Files=[ID["b"]], Symbols=[function("work", "work", 3, where="b")])
+    return [element("Project", ID["project"], Files=files, Compilations=[first, second])]

@@ -8,127 +8,35 @@ import os
 import subprocess
 import unittest
 
-from support import CommandTest, uuid
+from support import CommandTest, element, position, uuid
 
-USER, SYSTEM, INT, BASE, BOX, GET, UNIT = (uuid(n) for n in range(1, 8))
-
-
-def position(number, line, column, file=USER):
-    return {"class": "source.SourcePosition", "uuid": uuid(number), "File": file, "Line": line, "Col": column}
+USER, SYSTEM, INT, BASE, BOX, GET, PLACE, DECLARED_GET, PROJECT = (uuid(n) for n in range(1, 10))
 
 
-ELEMENTS = [
-    {
-        "class": "Project",
-        "uuid": uuid(99),
-        "Files": [
-            {"class": "source.SourceFile", "uuid": USER, "Path": "src/a.cpp"},
-            {
-                "class": "source.SourceFile",
-                "uuid": SYSTEM,
-                "Path": "/usr/include/vector",
-                "IsInclude": True,
-                "IsIncludedFromSystemIncludeDir": True,
-            },
-        ],
-        "Compilations": [
-            {
-                "class": "source.CompilationUnit",
-                "uuid": UNIT,
-                "Macros": [{"class": "Macro", "uuid": uuid(80), "Name": "LIMIT"}],
-                "Namespaces": [
-                    {
-                        "class": "Namespace",
-                        "uuid": uuid(10),
-                        "Name": "ns",
-                        "Symbols": [
-                            {
-                                "class": "types.ClassType",
-                                "uuid": BOX,
-                                "Name": "Box",
-                                "DefPos": position(20, 3, 7),
-                                "BaseClasses": [{"class": "types.BaseClass", "uuid": uuid(21), "Type": BASE}],
-                                "Members": [
-                                    {
-                                        "class": "types.Member",
-                                        "uuid": uuid(22),
-                                        "Name": "size",
-                                        "Type": INT,
-                                        "DefPos": position(23, 5, 9),
-                                    }
-                                ],
-                                "Methods": [
-                                    {
-                                        "class": "types.Method",
-                                        "uuid": GET,
-                                        "Name": "get",
-                                        "IsThisConst": True,
-                                        "DefPos": position(24, 4, 9),
-                                    }
-                                ],
-                                "Scope": {
-                                    "class": "Scope",
-                                    "uuid": uuid(25),
-                                    "Symbols": [
-                                        {
-                                            "class": "types.EnumType",
-                                            "uuid": uuid(26),
-                                            "Name": "Kind",
-                                            "DefPos": position(27, 6, 10),
-                                        }
-                                    ],
-                                },
-                            },
-                            {
-                                "class": "Function",
-                                "uuid": uuid(30),
-                                "Name": "get",
-                                "DeclPos": [position(31, 1, 5)],
-                                "Params": [
-                                    {"class": "Variable", "uuid": uuid(1000 + n), "Name": f"p{n}", "Type": INT}
-                                    for n in range(12)
-                                ],
-                            },
-                            {
-                                "class": "Template",
-                                "uuid": uuid(40),
-                                "Name": "Pair",
-                                "DefPos": position(41, 9, 1),
-                                "Scope": {
-                                    "class": "Scope",
-                                    "uuid": uuid(42),
-                                    "Symbols": [
-                                        {
-                                            "class": "types.StructType",
-                                            "uuid": BASE,
-                                            "Name": "Pair",
-                                            "DefPos": position(43, 9, 2),
-                                        }
-                                    ],
-                                },
-                            },
-                        ],
-                    },
-                    {
-                        "class": "Namespace",
-                        "uuid": uuid(50),
-                        "Name": "std",
-                        "IsStd": True,
-                        "Symbols": [
-                            {
-                                "class": "types.ClassType",
-                                "uuid": uuid(51),
-                                "Name": "vector",
-                                "DefPos": position(52, 40, 3, SYSTEM),
-                            }
-                        ],
-                    },
-                ],
-                "Symbols": [{"class": "types.IntegerType", "uuid": INT, "Name": "int"}],
-            }
-        ],
-    }
+METHODS = [element("types.Method", GET, Name="get", IsThisConst=True, DefPos=position(USER, 4, 9))]
+MEMBERS = [element("types.Member", Name="size", Type=INT, DefPos=position(USER, 5, 9))]
+KINDS = [element("types.EnumType", Name="Kind", DefPos=position(USER, 6, 10))]
+SYMBOLS = [
+    element("types.ClassType", BOX, Name="Box", DefPos=position(USER, 3, 7, PLACE), Members=MEMBERS, Methods=METHODS,
+            BaseClasses=[element("types.BaseClass", Type=BASE)], Scope=element("Scope", Symbols=KINDS)),
+    element("Function", DECLARED_GET, Name="get", DeclPos=[position(USER, 1, 5)],
+            Params=[element("Variable", Name=f"p{n}", Type=INT) for n in range(12)]),
+    element("Template", Name="Pair", DefPos=position(USER, 9, 1), Scope=element(
+        "Scope", Symbols=[element("types.StructType", BASE, Name="Pair", DefPos=position(USER, 9, 2))])),
 ]
+STD = [element("types.ClassType", Name="vector", DefPos=position(SYSTEM, 40, 3))]
+ELEMENTS = [element(
+    "Project",
+    PROJECT,
+    Files=[element("source.SourceFile", USER, Path="src/a.cpp"),
+           element("source.SourceFile", SYSTEM, Path="/usr/include/vector", IsInclude=True, IsIncludedFromSystemIncludeDir=True)],
+    Compilations=[element(
+        "source.CompilationUnit",
+        Macros=[element("Macro", Name="LIMIT")],
+        Namespaces=[element("Namespace", Name="ns", Symbols=SYMBOLS), element("Namespace", Name="std", IsStd=True, Symbols=STD)],
+        Symbols=[element("types.IntegerType", INT, Name="int")],
+    )],
+)]
 
 VECTOR = "/usr/include/vector:40:3: types.ClassType std::vector\n"
 DECLARED = "src/a.cpp:1:5: Function ns::get(" + ", ".join(f"int p{n}" for n in range(12)) + ")\n"
@@ -179,19 +87,9 @@ class FindTest(CommandTest):
         reply = json.loads(out)
         self.assertEqual((reply["format"], reply["version"]), ("zelkor-find", "1.0"))
         self.assertEqual(len(reply["results"]), 2)
-        self.assertEqual(
-            reply["results"][1],
-            {
-                "uuid": GET,
-                "class": "types.Method",
-                "name": "get",
-                "qualifiedName": "ns::Box::get",
-                "signature": "ns::Box::get(void) const",
-                "file": "src/a.cpp",
-                "line": 4,
-                "column": 9,
-            },
-        )
+        self.assertEqual(reply["results"][1], {
+            "uuid": GET, "class": "types.Method", "name": "get", "qualifiedName": "ns::Box::get",
+            "signature": "ns::Box::get(void) const", "file": "src/a.cpp", "line": 4, "column": 9})
         code, out, _ = self.run_command("find", self.model, "--name", "int", "--json")
         self.assertEqual(code, 0)
         self.assertNotIn("file", json.loads(out)["results"][0])
@@ -216,7 +114,7 @@ class FindTest(CommandTest):
         broken = self.path("broken.json")
         with open(broken, "w", encoding="utf-8") as file:
             file.write('{"format": "zelkor-ast",\n "elements": [}')
-        for words, said in (
+        self.assert_refused((
             ([self.model, "--clas", "Type"], "did you mean '--class'?"),
             ([self.model, "--class", "Fuction"], "did you mean 'Function'?"),
             ([self.model, "--class", "Namespace"], "'Namespace' is no class of symbols"),
@@ -229,11 +127,7 @@ class FindTest(CommandTest):
             ([], "missing argument: FILE"),
             ([self.path("none.json")], "none.json"),
             ([broken], "broken.json:2:"),
-        ):
-            with self.subTest(words=words):
-                code, out, err = self.run_command("find", *words)
-                self.assertEqual((code, out), (2, ""))
-                self.assertIn(said, err)
+        ), "find")
 
     def test_a_reader_that_has_seen_enough(self):
         reader, writer = os.pipe()
@@ -243,14 +137,6 @@ class FindTest(CommandTest):
         )
         os.close(writer)
         self.assertEqual((done.returncode, done.stderr), (-13, b""))
-
-    def test_help_lists_every_option(self):
-        code, out, _ = self.run_command("find", "--help")
-        self.assertEqual(code, 0)
-        for option in ("--class", "--name", "--qualified", "--signature", "--regex", "--exact-class"):
-            self.assertIn(option, out)
-        for left_out in ("namespaces", "std", "system-headers", "templates", "aggregates"):
-            self.assertIn("--no-" + left_out, out)
 
 
 class ShowTest(CommandTest):
@@ -281,11 +167,11 @@ class ShowTest(CommandTest):
         for words, lines in (
             (["ns"], ["Namespace ns", "  in: source.CompilationUnit", "  Symbols (3)"]),
             (["LIMIT"], ["Macro LIMIT", "  Name: LIMIT"]),
-            ([uuid(99)], ["Project", "  Files (2)", "    source.SourceFile src/a.cpp", "  Compilations (1)"]),
-            ([uuid(20)], ["source.SourcePosition", "  File: source.SourceFile src/a.cpp", "  Line: 3", "  Col: 7"]),
+            ([PROJECT], ["Project", "  Files (2)", "    source.SourceFile src/a.cpp", "  Compilations (1)"]),
+            ([PLACE], ["source.SourcePosition", "  File: source.SourceFile src/a.cpp", "  Line: 3", "  Col: 7"]),
             ([SYSTEM], ["  IsIncludedFromSystemIncludeDir: true"]),
-            ([uuid(30)], ["  Params (12)", "    Variable int p9", "    and 2 more; --all lists them"]),
-            ([uuid(30), "--all"], ["    Variable int p11", "  IsInline: false", "  Scope: none", "  IsTemplate: false"]),
+            ([DECLARED_GET], ["  Params (12)", "    Variable int p9", "    and 2 more; --all lists them"]),
+            ([DECLARED_GET, "--all"], ["    Variable int p11", "  IsInline: false", "  Scope: none", "  IsTemplate: false"]),
             (["get"], ["Function ns::get", "types.Method ns::Box::get", "  IsThisConst: true"]),
         ):
             with self.subTest(words=words):

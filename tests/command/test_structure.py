@@ -9,8 +9,8 @@ import re
 import subprocess
 import unittest
 
-from insight_model import ID, element, elements
-from support import CommandTest
+from insight_model import ID, elements
+from support import CommandTest, element
 
 BASE, DERIVED = "types.StructType ns::Base", "types.StructType ns::Derived"
 BASE_GO, GO = "types.Method virtual ns::Base::go(int)", "types.Method virtual ns::Derived::go(int p0)"
@@ -31,58 +31,39 @@ class StructureTest(CommandTest):
     def test_answers(self):
         own_functions = ["main(void)", "run(int p0)", "helper(int p0)", "helper(char const * p0)", "lonely(void)"]
         for words, lines in (
-            (
-                ["list", "--file", "src/a.cpp", "-k", "Function"],
-                [f"src/a.cpp:{line}:6 Function {text}" for line, text in enumerate(own_functions, 2)]
-                + ["src/a.cpp:9:6 Function late(void)"],
-            ),
-            (
-                ["list", "--in", "ns"],
-                [f"inc/box.hpp:1:8 {BASE}", f"inc/box.hpp:1:28 {BASE_GO}", f"inc/box.hpp:2:8 {DERIVED}"]
-                + ["inc/box.hpp:4:9 types.Member ns::Derived::size", f"src/b.cpp:2:6 {GO}"],
-            ),
+            (["list", "--file", "src/a.cpp", "-k", "Function"], [f"src/a.cpp:{line}:6 Function {text}" for line,
+             text in enumerate(own_functions, 2)] + ["src/a.cpp:9:6 Function late(void)"]),
+            (["list", "--in", "ns"], [f"inc/box.hpp:1:8 {BASE}", f"inc/box.hpp:1:28 {BASE_GO}", f"inc/box.hpp:2:8 {DERIVED}",
+             "inc/box.hpp:4:9 types.Member ns::Derived::size", f"src/b.cpp:2:6 {GO}"]),
             (["list", "-k", "Variable", "--in", "main"], None),
             (["list", "-k", "Variable", "--in", "run"], ["  Variable p0"]),
             (["list", "-k", "Macro"], ["inc/inner.hpp:1:1 Macro UNUSED"]),
             (["list", "--file", "/usr/include", "--no-system-headers"], None),
             (["list", "--file", "include"], None),
             (["list", "--file", "stdio.h"], ["/usr/include/stdio.h:9:5 Function printf(void)", "/usr/include/stdio.h:12:1 Function start(void)"]),
-            (
-                ["tree", "ns"],
-                ["Namespace ns", f"  {BASE} inc/box.hpp:1:8", f"    {BASE_GO} inc/box.hpp:1:28"]
-                + [f"  {DERIVED} inc/box.hpp:2:8", "    types.Member ns::Derived::size inc/box.hpp:4:9"]
-                + [f"    {GO} src/b.cpp:2:6 [1 inside]"],
-            ),
-            (["tree", "--depth", "1"], ["Project", "  source.CompilationUnit src/a.cpp [27 inside]"]
-                + ["  source.CompilationUnit src/b.cpp [1 inside]"]),
+            (["tree", "ns"], ["Namespace ns", f"  {BASE} inc/box.hpp:1:8", f"    {BASE_GO} inc/box.hpp:1:28",
+             f"  {DERIVED} inc/box.hpp:2:8", "    types.Member ns::Derived::size inc/box.hpp:4:9",
+             f"    {GO} src/b.cpp:2:6 [1 inside]"]),
+            (["tree", "--depth", "1"], ["Project", "  source.CompilationUnit src/a.cpp [27 inside]",
+             "  source.CompilationUnit src/b.cpp [1 inside]"]),
             (["tree", "UNUSED", "--all"], ["Macro UNUSED inc/inner.hpp:1:1", "  source.SourcePosition inc/inner.hpp:1:1"]),
-            (
-                ["includes", "a.cpp", "--transitive", "--direction", "out"],
-                ["src/a.cpp includes 2 files, 3 with what these include", "inc/box.hpp", "  inc/inner.hpp"]
-                + ["    inc/box.hpp [above]", "/usr/include/stdio.h"],
-            ),
-            (
-                ["includes", "box.hpp", "--direction=in"],
-                ["inc/box.hpp is included by 3 files, 2 units among all that include it, directly or not"]
-                + ["inc/inner.hpp [1 file]", "src/a.cpp", "src/b.cpp"],
-            ),
+            (["includes", "a.cpp", "--transitive", "--direction", "out"],
+             ["src/a.cpp includes 2 files, 3 with what these include", "inc/box.hpp", "  inc/inner.hpp",
+             "    inc/box.hpp [above]", "/usr/include/stdio.h"]),
+            (["includes", "box.hpp", "--direction=in"],
+             ["inc/box.hpp is included by 3 files, 2 units among all that include it, directly or not",
+             "inc/inner.hpp [1 file]", "src/a.cpp", "src/b.cpp"]),
             (["includes", "-n", "1"], ["inc/box.hpp [included by 3, includes 1]"]),
-            (
-                ["refs", "ns::Base"],
-                ["ns::Base is referred to by", f"inc/box.hpp:2:8: {DERIVED} [BaseClasses.Type]"],
-            ),
-            (
-                ["refs", "char"],
-                ["char is referred to by", "src/a.cpp:5:6: Function helper(char const * p0) [Params.Type as char const *]"],
-            ),
-            (
-                ["refs", "UNUSED"],
-                ["UNUSED is referred to by"]
-                + [f"src/{place}: source.SourcePosition [InvocationPositions]" for place in ("a.cpp:30:1", "b.cpp:2:1")],
-            ),
+            (["refs", "ns::Base"], ["ns::Base is referred to by", f"inc/box.hpp:2:8: {DERIVED} [BaseClasses.Type]"]),
+            (["refs", "char"], ["char is referred to by",
+             "src/a.cpp:5:6: Function helper(char const * p0) [Params.Type as char const *]"]),
+            (["refs", "UNUSED"],
+             ["UNUSED is referred to by"] + [f"src/{place}: source.SourcePosition [InvocationPositions]" for place in ("a.cpp:30:1",
+             "b.cpp:2:1")]),
             (["refs", "printf"], ["printf(void) is referred to by", "src/a.cpp:4:6: Function helper(int p0) [CalledFuns]"]),
-            (["refs", "run"], ["run(int p0) is referred to by"]
-                + [f"src/a.cpp:{line}:6: Function {text} [CalledFuns]" for line, text in ((2, "main(void)"), (3, "run(int p0)"))]),
+            (["refs", "run"],
+             ["run(int p0) is referred to by"] + [f"src/a.cpp:{line}:6: Function {text} [CalledFuns]" for line, text in ((2,
+             "main(void)"), (3, "run(int p0)"))]),
             (["refs", "limit"], ["limit is referred to by", "src/a.cpp:9:6: Function late(void) [Annotations.PointsTo]"]),
             (["refs", "lonely"], None),
         ):

@@ -65,6 +65,20 @@ class Headers(unittest.TestCase):
                     seen += 1
         self.assertGreater(seen, 200)
 
+    def test_each_stored_property_but_lists_of_values_has_a_query_term(self):
+        seen = 0
+        for c in self.schema.classes:
+            text = self.header(c)
+            bodies = (self.out / "include" / c.header).read_text()
+            terms = {p.term: p for p in c.all_properties if p.stored and p.kind != "many_attribute"}
+            self.assertEqual(set(re.findall(r"^    static ::brant::zero::query::\S+ .*const& (\w+)\(\);", text, re.M)), set(terms))
+            for name, p in terms.items():
+                with self.subTest(p.dotted):
+                    made = f", ::{c.native}, ::{p.owner.native}::Impl::table, {p.owner.properties.index(p)}>();"
+                    self.assertTrue(re.search(rf"const& {c.name}::{name}\(\) {{\n    return .*{re.escape(made)}", bodies))
+                    seen += 1
+        self.assertGreater(seen, 500)
+
     def test_each_builder_setter_is_described(self):
         for c in self.schema.classes:
             text = self.header(c)

@@ -1,4 +1,4 @@
-#include "TextSupport.hpp"
+#include "io/TextSupport.hpp"
 
 #include <brant/zero/io/Parser.hpp>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "SampleModel.hpp"
-#include "TextSupport.hpp"
+#include "io/SampleModel.hpp"
+#include "io/TextSupport.hpp"
 
 #include <brant/zero/io/Parser.hpp>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "SampleModel.hpp"
-#include "TextSupport.hpp"
+#include "io/SampleModel.hpp"
+#include "io/TextSupport.hpp"
 
 #include <brant/zero/io/Parser.hpp>
 #include <brant/zero/io/Serializer.hpp>
@@ -21,13 +21,9 @@ TEST_P(RoundTrip, EveryPropertyOfEveryClassSurvives) {
     EXPECT_EQ(save(again, GetParam()), text);
     EXPECT_EQ(again.getModel().size(), original.getModel().size());
     EXPECT_FALSE(again.getModel().verify().has_value());
-}
-
-TEST_P(RoundTrip, TheOtherFormIsAsGood) {
-    za::Ast const original = makeSampleModel();
-    std::string const text = save(original, GetParam());
-    za::Ast const between = load(save(load(text, GetParam()), other(GetParam())), other(GetParam()));
-    EXPECT_EQ(save(between, GetParam()), text);
+    EXPECT_TRUE(text.ends_with('\n') && !text.ends_with("\n\n"));
+    EXPECT_EQ(text.find('\r'), std::string::npos);
+    EXPECT_EQ(load(save(za::Ast(), GetParam()), GetParam()).getModel().size(), 0u);
 }
 
 TEST_P(RoundTrip, Utf16HoldsTheSameText) {
@@ -54,20 +50,6 @@ TEST_P(RoundTrip, ByteOrderMarksAreAccepted) {
     EXPECT_EQ(difference(original, load(little, GetParam())), "");
     EXPECT_EQ(difference(original, load(big, GetParam())), "");
     EXPECT_NE(refusal(little + "x", GetParam()), "the text was read"); // half a unit
-}
-
-TEST_P(RoundTrip, OneNewlineEndsTheText) {
-    std::string const text = save(makeSampleModel(), GetParam());
-    EXPECT_TRUE(text.ends_with('\n'));
-    EXPECT_FALSE(text.ends_with("\n\n"));
-    EXPECT_EQ(text.find('\r'), std::string::npos);
-}
-
-TEST_P(RoundTrip, AnEmptyModelIsAText) {
-    za::Ast const empty;
-    za::Ast const again = load(save(empty, GetParam()), GetParam());
-    EXPECT_EQ(again.getModel().size(), 0u);
-    EXPECT_FALSE(again.getProject());
 }
 
 TEST_P(RoundTrip, DefaultsAreLeftOutOnlyWhenAsked) {

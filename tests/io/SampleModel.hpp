@@ -6,7 +6,7 @@
 
 namespace zelkor::test {
 
-/// A project that holds everything, with identities that are the same in each run.
+/// One element of each class as it is made, and one in which every property is set.
 zelkor::ast::Ast makeSampleModel();
 
 /// \returns a sentence on the first difference between the texts of the two models, or nothing.

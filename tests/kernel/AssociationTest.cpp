@@ -1,30 +1,16 @@
 // Both ends of what owns and is owned, and what setters and reflection ask before they change anything.
 
-#include "model/ModelSupport.hpp"
+#include "kernel/Stage.hpp"
 
 #include "ModelImpl.hpp"
-#include "zelkor/ast.hpp"
 
 #include <gtest/gtest.h>
 
 #include <functional>
 
 using namespace testmodel;
-namespace za = zelkor::ast;
 
 namespace {
-
-struct Stage {
-    Model model = newModel();
-    za::Function function = za::Function::create(model);
-    za::Function other = za::Function::create(model);
-    za::Scope scope = za::Scope::create(model);
-    za::Scope second = za::Scope::create(model);
-    za::Variable variable = za::Variable::create(model);
-    za::types::StructType type = za::types::StructType::create(model);
-    za::types::Method method = za::types::Method::create(model);
-    za::source::SourcePosition position = za::source::SourcePosition::create(model);
-};
 
 /// \returns the names of the container ends that are set, and the property that holds the element.
 std::string placeOf(ModelElement const& element) {
@@ -41,86 +27,50 @@ std::string placeOf(ModelElement const& element) {
 
 TEST(Association, TheLastOwnerWinsAndTheFormerOneLetsGo) {
     struct Case {
-        char const* what;
-        std::function<void(Stage&)> prepare;
-        std::function<void(Stage&)> change;
-        std::function<ModelElement(Stage&)> child;
-        std::function<ModelElement(Stage&)> owner;
+        char const* before;
+        char const* change;
+        char const* child;
+        char const* owner;
         char const* place;
-        std::function<bool(Stage&)> free; ///< whether the former owner, or the former child, is rid of it
     } const cases[] = {
-        {"a scope taken over by another function", [](Stage& s) { s.other.setScope(s.scope); },
-         [](Stage& s) { s.function.setScope(s.scope); }, [](Stage& s) { return s.scope; },
-         [](Stage& s) { return s.function; }, "OwningFun in Scope",
-         [](Stage& s) { return !s.other.hasScope(); }},
-        {"a second scope from the scope's end", [](Stage& s) { s.function.setScope(s.second); },
-         [](Stage& s) { s.scope.setOwningFun(s.function); }, [](Stage& s) { return s.scope; },
-         [](Stage& s) { return s.function; }, "OwningFun in Scope",
-         [](Stage& s) { return s.second.container() == nullptr && !s.second.getOwningFun(); }},
-        {"a nested scope that becomes a function's", [](Stage& s) { s.scope.setParent(s.second); },
-         [](Stage& s) { s.scope.setOwningFun(s.function); }, [](Stage& s) { return s.scope; },
-         [](Stage& s) { return s.function; }, "OwningFun in Scope",
-         [](Stage& s) { return !s.second.hasNamespaces(); }},
-        {"a function's scope that is nested", [](Stage& s) { s.function.setScope(s.scope); },
-         [](Stage& s) { s.second.getNamespacesMutable().genericAdd(s.scope); },
-         [](Stage& s) { return s.scope; }, [](Stage& s) { return s.second; }, "Parent in Namespaces",
-         [](Stage& s) { return !s.function.hasScope(); }},
-        {"a method that becomes a symbol of a scope",
-         [](Stage& s) { s.type.getMethodsMutable().add(s.method); },
-         [](Stage& s) { s.method.setOwningScope(s.scope); }, [](Stage& s) { return s.method; },
-         [](Stage& s) { return s.scope; }, "OwningScope in Symbols",
-         [](Stage& s) { return !s.type.hasMethods() && !s.method.getOwningAggregate(); }},
-        {"a local variable that becomes a parameter",
-         [](Stage& s) { s.scope.getSymbolsMutable().add(s.variable); },
-         [](Stage& s) { s.variable.setOwningFunPrototype(s.function); }, [](Stage& s) { return s.variable; },
-         [](Stage& s) { return s.function; }, "OwningFunPrototype in Params",
-         [](Stage& s) { return !s.scope.hasSymbols(); }},
-        {"an owned position replaced", [](Stage& s) { s.function.setDefPos(s.position); },
-         [](Stage& s) { s.function.setDefPos(za::source::SourcePosition::create(s.model)); },
-         [](Stage& s) { return s.function.getDefPos(); }, [](Stage& s) { return s.function; }, "in DefPos",
-         [](Stage& s) { return s.position.container() == nullptr; }},
-        {"an owned position that moves into a list of the same element",
-         [](Stage& s) { s.function.setDefPos(s.position); },
-         [](Stage& s) { s.function.getDeclPosMutable().add(s.position); },
-         [](Stage& s) { return s.position; }, [](Stage& s) { return s.function; }, "in DeclPos",
-         [](Stage& s) { return !s.function.hasDefPos(); }},
-        {"an owned position that moves out of a list",
-         [](Stage& s) { s.function.getDeclPosMutable().add(s.position); },
-         [](Stage& s) { s.other.setDefPos(s.position); }, [](Stage& s) { return s.position; },
-         [](Stage& s) { return s.other; }, "in DefPos", [](Stage& s) { return !s.function.hasDeclPos(); }},
-        {"a container end set to null", [](Stage& s) { s.scope.getSymbolsMutable().add(s.variable); },
-         [](Stage& s) { s.variable.setOwningScope({}); }, [](Stage& s) { return s.variable; },
-         [](Stage&) { return ModelElement(); }, "in nothing", [](Stage& s) { return !s.scope.hasSymbols(); }},
-        {"another container end set to null, which changes nothing",
-         [](Stage& s) { s.scope.getSymbolsMutable().add(s.variable); },
-         [](Stage& s) { s.variable.setOwningFunPrototype({}); }, [](Stage& s) { return s.variable; },
-         [](Stage& s) { return s.scope; }, "OwningScope in Symbols",
-         [](Stage& s) { return s.scope.getSymbols().contains(s.variable); }},
+        {"other.Scope = scope", "function.Scope = scope", "scope", "function", "OwningFun in Scope"},
+        {"function.Scope = second", "scope.OwningFun = function", "scope", "function", "OwningFun in Scope"},
+        {"scope.Parent = second", "scope.OwningFun = function", "scope", "function", "OwningFun in Scope"},
+        {"function.Scope = scope", "second.Namespaces = scope", "scope", "second", "Parent in Namespaces"},
+        {"type.Methods = method", "method.OwningScope = scope", "method", "scope", "OwningScope in Symbols"},
+        {"scope.Symbols = one", "one.OwningFunPrototype = function", "one", "function",
+         "OwningFunPrototype in Params"},
+        {"other.DefPos = position", "function.DefPos = position", "position", "function", "in DefPos"},
+        {"function.DefPos = position", "function.DeclPos = position", "position", "function", "in DeclPos"},
+        {"function.DeclPos = position", "other.DefPos = position", "position", "other", "in DefPos"},
+        {"function.DefPos = position", "function.DefPos = null", "position", "null", "in nothing"},
+        {"scope.Symbols = one", "one.OwningScope = null", "one", "null", "in nothing"},
+        // Another end set to null changes nothing.
+        {"scope.Symbols = one", "one.OwningFunPrototype = null", "one", "scope", "OwningScope in Symbols"},
     };
     for (Case const& one : cases) {
-        SCOPED_TRACE(one.what);
+        SCOPED_TRACE(std::string(one.before) + ", then " + one.change);
         Stage s;
-        one.prepare(s);
+        s.does(one.before);
         std::string const before = dump(s.model);
         {
             Transaction const level = s.model.beginTransaction();
-            one.change(s);
+            s.does(one.change);
         }
         EXPECT_EQ(firstDifference(before, dump(s.model)), "");
-        one.change(s);
-        EXPECT_EQ(one.child(s).container(), one.owner(s));
-        EXPECT_EQ(placeOf(one.child(s)), one.place);
-        EXPECT_TRUE(one.free(s));
-        EXPECT_EQ(violationOf(s.model), "");
+        s.does(one.change);
+        EXPECT_EQ(s.named(one.child).container(), s.named(one.owner));
+        EXPECT_EQ(placeOf(s.named(one.child)), one.place);
+        EXPECT_EQ(violationOf(s.model), ""); // nobody else holds it, nor does it hold anybody else
     }
 }
 
 TEST(Association, ABasicContainerEndRecordsTheOwnersProperty) {
     Stage s;
     Transaction const level = s.model.beginTransaction();
-    s.variable.get()->basicSetOwningScope(s.scope);
-    EXPECT_EQ(s.variable.container(), s.scope);
-    EXPECT_EQ(s.variable.containmentFeature(), za::Scope::symbols().getProperty());
+    s.one.get()->basicSetOwningScope(s.scope);
+    EXPECT_EQ(s.one.container(), s.scope);
+    EXPECT_EQ(s.one.containmentFeature(), za::Scope::symbols().getProperty());
     EXPECT_FALSE(s.scope.hasSymbols()); // the other end is not told
 }
 
@@ -178,15 +128,13 @@ TEST(Association, NothingIsPutIntoItself) {
     s.function.setScope(s.scope);
     s.scope.getSymbolsMutable().add(s.other);
     s.second.setParent(s.scope);
+    za::Scope const inside = za::Scope::create(s.model);
+    s.second.getNamespacesMutable().genericAdd(inside);
     std::pair<char const*, std::function<void()>> const circles[] = {
-        {"an owned reference", [&] { s.other.setScope(s.scope); }},
-        {"a container end", [&] { s.scope.setOwningFun(s.other); }},
-        {"a list", [&] { s.second.getNamespacesMutable().genericAdd(s.scope); }},
-        {"a replacement",
-         [&] {
-             s.second.getNamespacesMutable().genericAdd(za::Scope::create(s.model));
-             s.second.getNamespacesMutable().genericReplace(s.scope, 0);
-         }},
+        {"an owned reference", [&] { s.does("other.Scope = scope"); }},
+        {"a container end", [&] { s.does("scope.OwningFun = other"); }},
+        {"a list", [&] { s.does("second.Namespaces = scope"); }},
+        {"a replacement", [&] { s.second.getNamespacesMutable().genericReplace(s.scope, 0); }},
     };
     for (auto const& [what, put] : circles) {
         SCOPED_TRACE(what);
@@ -197,7 +145,7 @@ TEST(Association, NothingIsPutIntoItself) {
         EXPECT_EQ(violationOf(s.model), "");
     }
     std::string const before = dump(s.model);
-    EXPECT_EQ(failureOf([&] { s.variable.setOwningScope(za::Scope::create(elsewhere)); }),
+    EXPECT_EQ(failureOf([&] { s.one.setOwningScope(za::Scope::create(elsewhere)); }),
               "CannotCreateCrossModelAssociation");
     EXPECT_EQ(firstDifference(before, dump(s.model)), "");
 }
@@ -209,7 +157,7 @@ TEST(Association, ReflectionReplacesTheContentOfAList) {
     za::Variable const first = za::Variable::create(s.model);
     za::Variable const last = za::Variable::create(s.model);
     s.function.getParamsMutable().add(first);
-    s.other.getParamsMutable().add(s.variable);
+    s.other.getParamsMutable().add(s.one);
     s.other.getParamsMutable().add(last);
     s.function.getCommentsMutable().push_back(u"old");
     int commits = 0;
@@ -217,7 +165,7 @@ TEST(Association, ReflectionReplacesTheContentOfAList) {
     s.function.setPropertyValue(params, s.other.getPropertyValue(params));
     EXPECT_EQ(commits, 1);
     ASSERT_EQ(s.function.getParams().size(), 2u);
-    EXPECT_EQ(s.function.getParams()[0], s.variable);
+    EXPECT_EQ(s.function.getParams()[0], s.one);
     EXPECT_EQ(s.function.getParams()[1], last);
     EXPECT_FALSE(s.other.hasParams());
     EXPECT_EQ(first.container(), nullptr);

@@ -1,6 +1,6 @@
 // Builders: what they hold, what they make, and what they leave behind when they fail.
 
-#include "model/ModelSupport.hpp"
+#include "kernel/Stage.hpp"
 
 #include "brant/zero/meta/Names.hpp"
 #include "zelkor/ast.hpp"
@@ -12,9 +12,10 @@
 #include <stdexcept>
 
 using namespace testmodel;
-namespace za = zelkor::ast;
 
 namespace {
+
+class BuilderTest : public testing::Test, protected Stage {};
 
 std::unique_ptr<za::Variable::Builder> variable(std::string name) {
     auto builder = std::make_unique<za::Variable::Builder>();
@@ -43,45 +44,7 @@ std::unique_ptr<za::Scope::Builder> chain(std::size_t depth, bool downward, Give
 
 } // namespace
 
-TEST(Builder, MakesAWholeSubtree) {
-    Model const model = newModel();
-    Model const defaults = newModel();
-    za::Template const assoc = za::Template::create(model);
-    auto scope = std::make_unique<za::Scope::Builder>();
-    scope->addSymbols(variable("local"));
-    za::Function::Builder builder(model);
-    builder.setName("f")
-        .setAssocTemplate(assoc)
-        .setScope(std::move(scope))
-        .addParams(variable("p"))
-        .addParams(variable("q"));
-    builder.addComments({u"one", u"two"}).setDefPos(std::make_unique<za::source::SourcePosition::Builder>());
-    boost::uuids::uuid const chosen = ElementImpl::generateNewUuid();
-    std::size_t notices = 0;
-    Subscription const subscription = model.onCommit([&](CommitNotice const& notice) {
-        ++notices;
-        EXPECT_EQ(notice.created.size(), 6u);
-        EXPECT_TRUE(notice.changed.empty());
-    });
-    za::Function const function = builder.create(chosen);
-    EXPECT_EQ(notices, 1u);
-    EXPECT_EQ(function.uuid(), chosen);
-    EXPECT_EQ(function.getName(), "f");
-    EXPECT_EQ(function.getAssocTemplate(), assoc);
-    EXPECT_EQ(function.getParams().size(), 2u);
-    EXPECT_EQ(function.getParams()[1].getName(), "q");
-    EXPECT_EQ(function.getParams()[0].getOwningFunPrototype(), function);
-    EXPECT_EQ(function.getScope().getOwningFun(), function);
-    EXPECT_EQ(function.getScope().getSymbols()[0].getOwningScope(), function.getScope());
-    EXPECT_EQ(function.getDefPos().container(), function);
-    EXPECT_EQ(function.getComments().size(), 2u);
-    // What was not given has the default of the schema, not zero.
-    EXPECT_EQ(function.getSpecialKind(), za::Function::create(defaults).getSpecialKind());
-    EXPECT_NE(static_cast<int>(function.getSpecialKind()), 0);
-    EXPECT_EQ(violationOf(model), "");
-}
-
-TEST(Builder, TheGivenBitCounts) {
+TEST_F(BuilderTest, TheGivenBitCounts) {
     Model const model = newModel();
     za::Function::Builder builder(model);
     EXPECT_EQ(builder.setProperties().size(), za::Function::Impl::table.count);
@@ -101,7 +64,7 @@ TEST(Builder, TheGivenBitCounts) {
     EXPECT_TRUE(macro.create().getDefPos());
 }
 
-TEST(Builder, WhatItDoesNotTakeStaysWithTheCaller) {
+TEST_F(BuilderTest, WhatItDoesNotTakeStaysWithTheCaller) {
     Model const model = newModel();
     struct Case {
         char const* what;
@@ -134,7 +97,7 @@ TEST(Builder, WhatItDoesNotTakeStaysWithTheCaller) {
     EXPECT_TRUE(builder.setProperties().none());
 }
 
-TEST(Builder, AValueWithoutItsBitIsNotGiven) {
+TEST_F(BuilderTest, AValueWithoutItsBitIsNotGiven) {
     struct Quiet : za::Macro::Impl::BuilderBase<Quiet> {
         [[nodiscard]] ClassTable const& classTable() const noexcept override {
             return za::Macro::Impl::table;
@@ -152,7 +115,7 @@ TEST(Builder, AValueWithoutItsBitIsNotGiven) {
     EXPECT_EQ(macro.getText(), u"heard");
 }
 
-TEST(Builder, MakesContentsInPropertyOrderEachSubtreeWhole) {
+TEST_F(BuilderTest, MakesContentsInPropertyOrderEachSubtreeWhole) {
     Model const model = newModel();
     auto const position = [] { return std::make_unique<za::source::SourcePosition::Builder>(); };
     auto scope = std::make_unique<za::Scope::Builder>();
@@ -165,6 +128,7 @@ TEST(Builder, MakesContentsInPropertyOrderEachSubtreeWhole) {
     builder.addAnnotations(std::make_unique<za::codeinsight::PtrInfo::Builder>());
     builder.addTemplateArgs(std::make_unique<za::TemplateArg::Builder>());
     builder.addParams(variable("p")).setScope(std::move(scope)).setBodyPosition(std::move(body));
+    builder.setName("f").addComments({u"one", u"two"});
     builder.addBefriendingAggregates(za::types::ClassType::create(model));
     std::vector<std::string> order;
     std::set<boost::uuids::uuid> identities;
@@ -176,14 +140,23 @@ TEST(Builder, MakesContentsInPropertyOrderEachSubtreeWhole) {
         }
         EXPECT_TRUE(notice.changed.empty()); // what is given at birth is no change
     });
-    builder.create();
+    za::Function const function = builder.create();
+    EXPECT_EQ(function.getName(), "f");
+    EXPECT_EQ(function.getComments().size(), 2u);
+    EXPECT_EQ(function.getParams()[0].getName(), "p");
+    EXPECT_EQ(function.getParams()[0].getOwningFunPrototype(), function);
+    EXPECT_EQ(function.getScope().getSymbols()[0].getOwningScope(), function.getScope());
+    EXPECT_EQ(violationOf(model), "");
+    // What was not given has the default of the schema, not zero.
+    EXPECT_EQ(function.getSpecialKind(), za::Function::create(newModel()).getSpecialKind());
+    EXPECT_NE(static_cast<int>(function.getSpecialKind()), 0);
     EXPECT_EQ(order,
               (std::vector<std::string>{"top", "BodyPosition", "Start", "End", "Scope", "Symbols", "Params",
                                         "TemplateArgs", "Annotations", "DefPos", "DeclPos"}));
     EXPECT_EQ(identities.size(), order.size());
 }
 
-TEST(Builder, ReachedTwiceInOneOrchestrationMakesOneElement) {
+TEST_F(BuilderTest, ReachedTwiceInOneOrchestrationMakesOneElement) {
     Model const model = newModel();
     za::Macro::Builder outer(model);
     za::Macro::Builder builder(model);
@@ -204,7 +177,7 @@ TEST(Builder, ReachedTwiceInOneOrchestrationMakesOneElement) {
     EXPECT_NE(builder.create(), builder.create());
 }
 
-TEST(Builder, ASecondSingleBuilderEndsTheFirst) {
+TEST_F(BuilderTest, ASecondSingleBuilderEndsTheFirst) {
     struct Witness : za::Scope::Impl::BuilderBase<Witness> {
         explicit Witness(bool& ended) : ended_(ended) {}
         ~Witness() override { ended_ = true; }
@@ -222,12 +195,10 @@ TEST(Builder, ASecondSingleBuilderEndsTheFirst) {
     EXPECT_TRUE(ended);
 }
 
-TEST(Builder, AFailureLeavesNothing) {
-    Model const model = newModel();
+TEST_F(BuilderTest, AFailureLeavesNothing) {
     Model const other = newModel();
-    za::Macro const present = za::Macro::create(model);
     std::function<void()> const attempts[] = {
-        [&] { za::Function::Builder(model).setName("f").create(present.uuid()); },
+        [&] { za::Function::Builder(model).setName("f").create(macro.uuid()); },
         [&] { za::Function::Builder(model).setAssocTemplate(za::Template::create(other)).create(); },
         [&] {
             auto param = variable("p");
@@ -250,22 +221,7 @@ TEST(Builder, AFailureLeavesNothing) {
     EXPECT_EQ(failureOf([] { za::Macro::Builder().create(); }), "CannotCreateWithoutModel");
 }
 
-TEST(Builder, MayBeUsedAgainAlsoAfterAFailure) {
-    Model const model = newModel();
-    za::Macro const present = za::Macro::create(model);
-    za::Function::Builder builder(model);
-    builder.setName("f").addParams(variable("p"));
-    EXPECT_EQ(failureOf([&] { builder.create(present.uuid()); }), "UniquenessConstraint");
-    za::Function const first = builder.create();
-    za::Function const second = builder.create();
-    EXPECT_NE(first, second);
-    EXPECT_NE(first.getParams()[0], second.getParams()[0]);
-    EXPECT_EQ(second.getParams()[0].getName(), "p");
-}
-
-TEST(Builder, CreateIntoPutsTheElementInPlaceOrNowhere) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
+TEST_F(BuilderTest, CreateIntoPutsTheElementInPlaceOrNowhere) {
     boost::uuids::uuid const chosen = ElementImpl::generateNewUuid();
     za::Scope const scope = function.createIntoScope(za::Scope::Builder(), chosen);
     EXPECT_EQ(scope.uuid(), chosen);
@@ -274,7 +230,6 @@ TEST(Builder, CreateIntoPutsTheElementInPlaceOrNowhere) {
     named.setName("v");
     za::Symbol const symbol = scope.createIntoSymbols(named);
     EXPECT_EQ(symbol.getOwningScope(), scope);
-    za::Project const project = za::Project::create(model);
     za::source::SourceFile::Builder file;
     file.setPath(u"/a");
     project.createIntoFiles(file);
@@ -284,7 +239,7 @@ TEST(Builder, CreateIntoPutsTheElementInPlaceOrNowhere) {
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Builder, WithoutCascadeNothingIsAnnounced) {
+TEST_F(BuilderTest, WithoutCascadeNothingIsAnnounced) {
     Model const model = newModel();
     za::Function::Builder builder(model);
     builder.setName("f").addParams(variable("p"));
@@ -297,7 +252,7 @@ TEST(Builder, WithoutCascadeNothingIsAnnounced) {
     EXPECT_FALSE(function.hasParams());
 }
 
-TEST(Builder, NestingHasALimitFromBothEnds) {
+TEST_F(BuilderTest, NestingHasALimitFromBothEnds) {
     std::size_t const limit = Builder::nestingLimit;
     auto const typed = [](za::Scope::Builder& outer, std::unique_ptr<za::Scope::Builder> inner) {
         outer.addNamespaces(std::move(inner));
@@ -320,7 +275,7 @@ TEST(Builder, NestingHasALimitFromBothEnds) {
     EXPECT_EQ(model.size(), limit + 1);
 }
 
-TEST(Builder, WhatWasMadeSilentlyTakesPartInTransactions) {
+TEST_F(BuilderTest, WhatWasMadeSilentlyTakesPartInTransactions) {
     Model const model = newModel();
     za::Macro const macro = za::Macro::cast(za::Macro::Builder(model).setName(u"a").doCreate(true, {}));
     {

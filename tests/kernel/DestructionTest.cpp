@@ -1,6 +1,6 @@
 // The end of elements: order, what refers to them, depth, and models that end as a whole.
 
-#include "model/ModelSupport.hpp"
+#include "kernel/Stage.hpp"
 
 #include "brant/zero/meta/Names.hpp"
 #include "zelkor/ast.hpp"
@@ -11,9 +11,10 @@
 #include <optional>
 
 using namespace testmodel;
-namespace za = zelkor::ast;
 
 namespace {
+
+class DestructionTest : public testing::Test, protected Stage {};
 
 constexpr std::size_t deep = 1000000;
 
@@ -33,25 +34,7 @@ za::Scope nest(Model const& model, std::size_t depth) {
 
 } // namespace
 
-TEST(Destruction, TakesTheContentsAndLeavesTheRest) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Variable const param = za::Variable::create(model);
-    za::Template const assoc = za::Template::create(model);
-    za::types::ClassType const befriending = za::types::ClassType::create(model);
-    function.getParamsMutable().add(param);
-    function.setAssocTemplate(assoc);
-    function.getBefriendingAggregatesMutable().add(befriending);
-    function.destroy();
-    EXPECT_FALSE(function);
-    EXPECT_FALSE(param);
-    EXPECT_TRUE(assoc);
-    EXPECT_TRUE(befriending);
-    EXPECT_EQ(model.size(), 2u);
-    EXPECT_EQ(violationOf(model), "");
-}
-
-TEST(Destruction, ReportsChildrenBeforeTheirOwnersInPropertyOrder) {
+TEST_F(DestructionTest, ReportsChildrenBeforeTheirOwnersInPropertyOrder) {
     Model const model = newModel();
     za::Function const function = za::Function::create(model);
     auto const body = za::source::SourceRange::create(model);
@@ -66,6 +49,8 @@ TEST(Destruction, ReportsChildrenBeforeTheirOwnersInPropertyOrder) {
     function.setScope(scope);
     scope.getSymbolsMutable().add(local);
     function.setBodyPosition(body);
+    za::Template const referred = za::Template::create(model);
+    function.setAssocTemplate(referred);
     std::vector<boost::uuids::uuid> order;
     Subscription const subscription = model.onCommit([&](CommitNotice const& notice) {
         for (ElementChange const& change : notice.destroyed)
@@ -78,17 +63,15 @@ TEST(Destruction, ReportsChildrenBeforeTheirOwnersInPropertyOrder) {
         expected.push_back(element.uuid());
     function.destroy();
     EXPECT_EQ(order, expected);
+    EXPECT_TRUE(referred);
+    EXPECT_EQ(model.size(), 1u);
 }
 
-TEST(Destruction, ReferencesFromOthersReadAsDead) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Template const assoc = za::Template::create(model);
-    za::types::ClassType const befriending = za::types::ClassType::create(model);
+TEST_F(DestructionTest, ReferencesFromOthersReadAsDead) {
     function.setAssocTemplate(assoc);
-    function.getBefriendingAggregatesMutable().add(befriending);
+    function.getBefriendingAggregatesMutable().add(cls);
     assoc.destroy();
-    befriending.destroy();
+    cls.destroy();
     EXPECT_FALSE(function.getAssocTemplate());
     EXPECT_FALSE(function.hasAssocTemplate());
     EXPECT_FALSE(function.getAssocTemplate()); // and again
@@ -102,7 +85,7 @@ TEST(Destruction, ReferencesFromOthersReadAsDead) {
     EXPECT_TRUE(function.getBefriendingAggregates().empty());
 }
 
-TEST(Destruction, RepeatedAndLeftOverEntriesGoWithTheirOwner) {
+TEST_F(DestructionTest, RepeatedAndLeftOverEntriesGoWithTheirOwner) {
     Model const model = newModel();
     za::Function const function = za::Function::create(model);
     za::Function const other = za::Function::create(model);
@@ -127,7 +110,7 @@ TEST(Destruction, RepeatedAndLeftOverEntriesGoWithTheirOwner) {
     EXPECT_EQ(model.size(), 2u);
 }
 
-TEST(Destruction, PlaceholdersAmongTheContentsAreLeftAlone) {
+TEST_F(DestructionTest, PlaceholdersAmongTheContentsAreLeftAlone) {
     Model const model = newModel();
     za::Scope const scope = za::Scope::create(model);
     ModelElement const proxy = model.createProxy(za::Variable::metaClass(), {u"", u"nowhere", nullptr});
@@ -138,9 +121,7 @@ TEST(Destruction, PlaceholdersAmongTheContentsAreLeftAlone) {
     EXPECT_EQ(model.size(), 0u);
 }
 
-TEST(Destruction, OfWhatTheSameTransactionMadeLeavesNothing) {
-    Model const model = newModel();
-    za::Scope const scope = za::Scope::create(model);
+TEST_F(DestructionTest, OfWhatTheSameTransactionMadeLeavesNothing) {
     std::string const before = dump(model);
     for (bool const commit : {false, true}) {
         Transaction level = model.beginTransaction();
@@ -154,7 +135,7 @@ TEST(Destruction, OfWhatTheSameTransactionMadeLeavesNothing) {
     EXPECT_EQ(firstDifference(before, dump(model)), "");
 }
 
-TEST(Destruction, AModelThatEndsBreaksCycles) {
+TEST_F(DestructionTest, AModelThatEndsBreaksCycles) {
     std::vector<za::Function> handles;
     {
         Model const model = newModel();
@@ -172,7 +153,7 @@ TEST(Destruction, AModelThatEndsBreaksCycles) {
     EXPECT_EQ(handles[0].get()->refCount(), 1u); // nothing but this handle
 }
 
-TEST(Destruction, InvalidateCallsTheHookOncePerCollection) {
+TEST_F(DestructionTest, InvalidateCallsTheHookOncePerCollection) {
     static std::vector<void*> seen;
     seen.clear();
     za::Function function;
@@ -193,7 +174,7 @@ TEST(Destruction, InvalidateCallsTheHookOncePerCollection) {
     EXPECT_EQ(seen, expected);
 }
 
-TEST(Destruction, HandlesMadeWhileAnElementIsFreedDoNotFreeItAgain) {
+TEST_F(DestructionTest, HandlesMadeWhileAnElementIsFreedDoNotFreeItAgain) {
     static int freed;
     static std::uint32_t count;
     freed = 0;
@@ -219,16 +200,10 @@ TEST(Destruction, HandlesMadeWhileAnElementIsFreedDoNotFreeItAgain) {
     EXPECT_EQ(count, ElementImpl::REFCOUNT_DELETING);
 }
 
-TEST(Destruction, ReferencesOfOneElementAreDroppedWithUpkeepOrWithout) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Scope const scope = za::Scope::create(model);
-    za::Variable const param = za::Variable::create(model);
-    za::Template const assoc = za::Template::create(model);
-    auto const befriending = za::types::ClassType::create(model);
+TEST_F(DestructionTest, ReferencesOfOneElementAreDroppedWithUpkeepOrWithout) {
     auto const refer = [&] {
         function.setAssocTemplate(assoc);
-        function.getBefriendingAggregatesMutable().add(befriending);
+        function.getBefriendingAggregatesMutable().add(cls);
     };
     auto const expectOnlyWhatIsOwned = [&] {
         EXPECT_FALSE(function.hasAssocTemplate());
@@ -238,7 +213,7 @@ TEST(Destruction, ReferencesOfOneElementAreDroppedWithUpkeepOrWithout) {
         EXPECT_EQ(violationOf(model), "");
     };
     function.setScope(scope);
-    function.getParamsMutable().add(param);
+    function.getParamsMutable().add(one);
     refer();
     auto const told = reported(function, [&] { function.get()->disassociateIncoming(); });
     EXPECT_EQ(told.size(), 2u);
@@ -257,7 +232,7 @@ TEST(Destruction, ReferencesOfOneElementAreDroppedWithUpkeepOrWithout) {
     refer();
     function.get()->doDestroy(false, false);
     EXPECT_FALSE(scope);
-    EXPECT_FALSE(param);
+    EXPECT_FALSE(one);
     EXPECT_FALSE(function.hasScope());
     EXPECT_FALSE(function.hasParams());
     EXPECT_EQ(function.getAssocTemplate(), assoc);
@@ -265,7 +240,7 @@ TEST(Destruction, ReferencesOfOneElementAreDroppedWithUpkeepOrWithout) {
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Destruction, AMillionNestedScopes) {
+TEST_F(DestructionTest, AMillionNestedScopes) {
     Model const model = newModel();
     za::Scope const outermost = nest(model, deep);
     EXPECT_EQ(model.size(), deep);

@@ -1,8 +1,6 @@
 #include "kernel/RandomWalk.hpp"
 
 #include "ModelImpl.hpp"
-#include "brant/zero/Map.hpp"
-#include "brant/zero/Primitive.hpp"
 #include "brant/zero/ReferenceSequence.hpp"
 #include "brant/zero/Text.hpp"
 #include "brant/zero/meta/Names.hpp"
@@ -14,71 +12,6 @@
 #include <stdexcept>
 
 namespace testmodel {
-
-namespace za = zelkor::ast;
-
-namespace {
-
-meta::Property propertyOf(PropertyRow const& row) {
-    return Core::propertyOf(&row);
-}
-
-} // namespace
-
-std::vector<RandomWalk::Operation> const& RandomWalk::operations() {
-    static std::vector<Operation> const all = {
-        {"create", &Walk::createElement},
-        {"create with a taken identity", &Walk::createTaken},
-        {"create with a freed identity", &Walk::createAgain},
-        {"set attribute", &Walk::setAttribute},
-        {"set plain reference", &Walk::setPlainReference},
-        {"set owned reference", &Walk::setOwnedReference},
-        {"set container end", &Walk::setContainerEnd},
-        {"add plain", &Walk::addPlain},
-        {"add owned", &Walk::addOwned},
-        {"insert", &Walk::insertMember},
-        {"ensure at", &Walk::ensureMember},
-        {"replace", &Walk::replaceMember},
-        {"remove", &Walk::removeMember},
-        {"remove at", &Walk::removeMemberAt},
-        {"erase range", &Walk::eraseMembers},
-        {"clear", &Walk::clearMembers},
-        {"assign", &Walk::assignMembers},
-        {"reserve", &Walk::reserveMembers},
-        {"map insert", &Walk::insertFile},
-        {"set path", &Walk::renameFile},
-        {"map erase", &Walk::eraseFile},
-        {"map clear", &Walk::clearFiles},
-        {"list of values", &Walk::changeList},
-        {"view", &Walk::changeView},
-        {"builder", &Walk::buildTree},
-        {"create into", &Walk::createInto},
-        {"destroy", &Walk::destroyElement},
-        {"proxy", &Walk::placeProxy},
-        {"resolve", &Walk::resolveProxies},
-        {"replace proxy", &Walk::replaceProxy},
-        {"subscribe", &Walk::subscribe},
-        {"callback throws", &Walk::throwInCallback},
-        {"callback writes", &Walk::writeInCallback},
-        {"wrong class", &Walk::addWrongClass},
-        {"wrong value", &Walk::setWrongValue},
-        {"other model", &Walk::linkOtherModel},
-        {"nest in itself", &Walk::nestInItself},
-        {"second object", &Walk::addSecond},
-        {"throw in mid-level", &Walk::failInMidLevel},
-    };
-    return all;
-}
-
-std::vector<std::string> const& RandomWalk::operationNames() {
-    static std::vector<std::string> const names = [] {
-        std::vector<std::string> all = {"level committed", "level abandoned", "depth 5", "notice"};
-        for (Operation const& operation : operations())
-            all.emplace_back(operation.name);
-        return all;
-    }();
-    return names;
-}
 
 RandomWalk::RandomWalk(std::uint64_t seed)
     : random_(seed), seed_(seed), model_(newModel()), other_(newModel()) {
@@ -139,12 +72,12 @@ void RandomWalk::step() {
         present.insert(&element->classTable());
     for (ClassTable const* table : classes())
         if (!table->isAbstract && !present.contains(table)) make(model_, *table);
-    Operation const& operation = operations()[below(operations().size())];
+    Operation const& operation = operations_[below(operations_.size())];
     history_.emplace_back(operation.name);
     if (history_.size() > 40) history_.pop_front();
     std::string const before = oneIn(4) ? dump(model_) : std::string();
     try {
-        (this->*operation.run)();
+        operation.run();
         count(operation.name);
     } catch (std::logic_error const& failure) {
         ADD_FAILURE() << operation.name << ": " << failure.what() << history();
@@ -223,13 +156,13 @@ std::unique_ptr<Builder> RandomWalk::builder(ClassTable const& table, std::size_
     for (PropertyRow const* row : propertiesOf(concrete(table))) {
         if (!row->stored() || row->kind == PropertyKind::ContainerEnd || !oneIn(3)) continue;
         if (!row->contained()) {
-            result->setOrAdd(propertyOf(*row),
+            result->setOrAdd(Core::propertyOf(row),
                              row->refersToElements()
-                                 ? Value::createElementValue(propertyOf(*row), pick(*row->target))
+                                 ? Value::createElementValue(Core::propertyOf(row), pick(*row->target))
                                  : sampleValue(*row, variant()));
         } else if (depth > 0) {
             std::unique_ptr<Builder> sub = builder(*row->target, depth - 1);
-            result->setOrAdd(propertyOf(*row), sub);
+            result->setOrAdd(Core::propertyOf(row), sub);
         }
     }
     return result;
@@ -240,321 +173,6 @@ ModelElement RandomWalk::proxy(ClassTable const& table) {
     std::string const identity =
         oneIn(2) ? pick(table).get()->identifier() : toString(ElementImpl::generateNewUuid());
     return model_.createProxy(concrete(table).metaClass(), {u"", toUtf16(identity).value(), nullptr});
-}
-
-// Elements.
-
-void RandomWalk::createElement() {
-    make(model_, anyClass());
-}
-
-void RandomWalk::createTaken() {
-    ModelElement const present = pick(anyClass());
-    EXPECT_EQ(failureOf([&] { Core::create(anyClass(), model_, present.uuid()); }), "UniquenessConstraint")
-        << history();
-}
-
-void RandomWalk::createAgain() {
-    ModelElement const old = make(model_, anyClass());
-    boost::uuids::uuid const identity = old.uuid();
-    ended_.push_back(old);
-    old.destroy();
-    ModelElement const again = Core::create(anyClass(), model_, identity);
-    EXPECT_EQ(model_.findElement(identity), again) << history();
-}
-
-void RandomWalk::destroyElement() {
-    ModelElement const element = pick(anyClass());
-    ended_.push_back(element);
-    element.destroy();
-    EXPECT_FALSE(element) << history();
-}
-
-// Single values.
-
-void RandomWalk::setAttribute() {
-    Place const at = place(PropertyKind::Attribute);
-    count("value kind " + std::to_string(static_cast<int>(at.row->valueKind)));
-    at.element.setPropertyValue(propertyOf(*at.row), sampleValue(*at.row, variant()));
-}
-
-void RandomWalk::setPlainReference() {
-    Place const at = place(PropertyKind::Reference, 0);
-    ModelElement const target = oneIn(4) ? ModelElement() : pick(*at.row->target);
-    at.element.setPropertyValue(propertyOf(*at.row), Value::createElementValue(propertyOf(*at.row), target));
-}
-
-void RandomWalk::setOwnedReference() {
-    Place const at = place(PropertyKind::Reference, 1);
-    ModelElement const target = oneIn(4) ? ModelElement() : pick(*at.row->target);
-    at.element.setPropertyValue(propertyOf(*at.row), Value::createElementValue(propertyOf(*at.row), target));
-}
-
-void RandomWalk::setContainerEnd() {
-    Place const at = place(PropertyKind::ContainerEnd);
-    ModelElement const target = oneIn(4) ? ModelElement() : pick(*at.row->target);
-    at.element.setPropertyValue(propertyOf(*at.row), Value::createElementValue(propertyOf(*at.row), target));
-}
-
-// Sequences.
-
-void RandomWalk::addTo(bool contained) {
-    Place const at = sequence(contained);
-    collection(at).genericAdd(pick(*at.row->target));
-}
-
-void RandomWalk::insertMember() {
-    Place const at = sequence(oneIn(2));
-    auto& members = Core::sequence(*at.element.get(), *at.row);
-    members.genericInsert(pick(*at.row->target), below(members.size() + 1));
-}
-
-void RandomWalk::ensureMember() {
-    Place const at = sequence(oneIn(2));
-    auto& members = Core::sequence(*at.element.get(), *at.row);
-    members.genericEnsureAt(pick(*at.row->target), below(members.size() + 1));
-}
-
-void RandomWalk::replaceMember() {
-    Place const at = sequence(oneIn(2));
-    auto& members = Core::sequence(*at.element.get(), *at.row);
-    if (members.size() > 0) members.genericReplace(pick(*at.row->target), below(members.size()));
-}
-
-void RandomWalk::removeMember() {
-    Place const at = sequence(oneIn(2));
-    auto& members = Core::sequence(*at.element.get(), *at.row);
-    if (members.size() > 0) members.genericRemove(members.genericAt(below(members.size())));
-}
-
-void RandomWalk::removeMemberAt() {
-    Place const at = sequence(oneIn(2));
-    auto& members = Core::sequence(*at.element.get(), *at.row);
-    if (members.size() > 0) members.genericRemoveAt(below(members.size()));
-}
-
-void RandomWalk::eraseMembers() {
-    auto& symbols = za::Scope::cast(pick(za::Scope::Impl::table)).getSymbolsMutable();
-    auto const first = static_cast<std::ptrdiff_t>(below(symbols.size() + 1));
-    auto const last = first + static_cast<std::ptrdiff_t>(below(symbols.size() - std::size_t(first) + 1));
-    symbols.erase(symbols.begin() + first, symbols.begin() + last);
-}
-
-void RandomWalk::clearMembers() {
-    collection(sequence(oneIn(2))).genericClear();
-}
-
-void RandomWalk::assignMembers() {
-    Place const from = sequence(oneIn(2));
-    // The content of one element replaces that of another of its class.
-    ModelElement const to = pick(*from.row->owner);
-    to.setPropertyValue(propertyOf(*from.row), from.element.getPropertyValue(propertyOf(*from.row)));
-}
-
-void RandomWalk::reserveMembers() {
-    Place const at = sequence(oneIn(2));
-    Core::sequence(*at.element.get(), *at.row).reserve(below(40));
-}
-
-// The map.
-
-void RandomWalk::insertFile() {
-    za::Project const project = za::Project::cast(pick(za::Project::Impl::table));
-    auto const file = za::source::SourceFile::cast(pick(za::source::SourceFile::Impl::table));
-    auto const resolution = static_cast<CollisionResolution>(below(3));
-    count("map insert, resolution " + std::to_string(static_cast<int>(resolution)));
-    project.getFilesMutable().insert(file, resolution);
-}
-
-void RandomWalk::renameFile() {
-    auto const file = za::source::SourceFile::cast(pick(za::source::SourceFile::Impl::table));
-    file.setPath(std::u16string(u"/f") + char16_t(u'a' + below(5)));
-}
-
-void RandomWalk::eraseFile() {
-    za::Project const project = za::Project::cast(pick(za::Project::Impl::table));
-    if (oneIn(2))
-        project.getFilesMutable().erase(std::u16string(u"/f") + char16_t(u'a' + below(5)));
-    else if (project.hasFiles())
-        project.getFilesMutable().remove(*project.getFiles().begin());
-}
-
-void RandomWalk::clearFiles() {
-    za::Project::cast(pick(za::Project::Impl::table)).getFilesMutable().clear();
-}
-
-// Values, views.
-
-void RandomWalk::changeList() {
-    Place const at = place(PropertyKind::ManyAttribute);
-    auto& values =
-        static_cast<GenericPrimitiveSequenceInterface&>(Core::collection(*at.element.get(), *at.row));
-    Value const value = sampleValue(*at.row, static_cast<unsigned>(below(4)));
-    std::size_t const action = below(8);
-    count("list action " + std::to_string(action));
-    count("list of value kind " + std::to_string(static_cast<int>(at.row->valueKind)));
-    std::size_t const size = values.size();
-    switch (action) {
-    case 0:
-        return values.genericRemove(value);
-    case 1:
-        return values.genericInsert(value, below(size + 1));
-    case 2:
-        return size == 0 ? values.clear() : values.genericReplace(value, below(size));
-    case 3:
-        return size == 0 ? values.clear() : values.genericRemoveAt(below(size));
-    case 4:
-        return values.clear();
-    case 5:
-        return at.element.setPropertyValue(propertyOf(*at.row),
-                                           pick(*at.row->owner).getPropertyValue(propertyOf(*at.row)));
-    default:
-        return values.genericAdd(value);
-    }
-}
-
-void RandomWalk::changeView() {
-    Place const at = place(PropertyKind::View);
-    ReferenceCollection& view = collection(at);
-    std::size_t const action = below(4);
-    count("view action " + std::to_string(action));
-    if (action == 0)
-        view.genericClear();
-    else if (action == 1)
-        view.genericRemove(pick(*at.row->target));
-    else
-        view.genericAdd(pick(*at.row->target));
-}
-
-// Builders.
-
-void RandomWalk::buildTree() {
-    std::unique_ptr<Builder> const root = builder(anyClass(), 3);
-    root->createElement();
-    if (oneIn(2)) root->createElement(); // a builder makes as many as it is asked for
-}
-
-void RandomWalk::createInto() {
-    Place const at = oneIn(2) ? place(PropertyKind::ManyReference, 1)
-                              : place(oneIn(4) ? PropertyKind::Map : PropertyKind::Reference, 1);
-    std::unique_ptr<Builder> const part = builder(*at.row->target, 1);
-    ModelElement const made = Core::createInto(*at.element.get(), *at.row, *part, {});
-    EXPECT_EQ(made.container(), at.element) << history();
-}
-
-// Proxies.
-
-void RandomWalk::placeProxy() {
-    if (oneIn(2)) {
-        Place const at = sequence(oneIn(3));
-        return collection(at).genericAdd(proxy(*at.row->target));
-    }
-    Place const at = place(PropertyKind::Reference);
-    at.element.setPropertyValue(propertyOf(*at.row),
-                                Value::createElementValue(propertyOf(*at.row), proxy(*at.row->target)));
-}
-
-void RandomWalk::resolveProxies() {
-    Place const at = oneIn(2) ? sequence(oneIn(3)) : place(PropertyKind::Reference);
-    static_cast<void>(at.element.getPropertyValue(propertyOf(*at.row)));
-}
-
-void RandomWalk::replaceProxy() {
-    Place const at = place(PropertyKind::Reference);
-    ModelElement const target = pick(*at.row->target);
-    at.element.setPropertyValue(propertyOf(*at.row), Value::createElementValue(propertyOf(*at.row), target),
-                                ReflectionPrivateTag::NO_PROXY_RESOLVE);
-}
-
-// Callbacks.
-
-void RandomWalk::subscribe() {
-    if (subscriptions_.size() > 2) subscriptions_.erase(subscriptions_.begin());
-    subscriptions_.push_back(model_.onCommit([this](CommitNotice const& notice) {
-        ++notices_;
-        for (auto const* changes : {&notice.changed, &notice.destroyed})
-            for (ElementChange const& change : *changes)
-                for (meta::Property const& property : change.properties())
-                    static_cast<void>(change.oldValue(property));
-        if (std::exchange(callbackWrites_, false)) make(model_, anyClass());
-        if (std::exchange(callbackThrows_, false)) throw std::runtime_error("callback");
-    }));
-}
-
-void RandomWalk::throwInCallback() {
-    if (depth_ > 0) return;
-    subscribe();
-    callbackThrows_ = true;
-    EXPECT_EQ(failureOf([&] { make(model_, anyClass()); }), "callback") << history();
-}
-
-void RandomWalk::writeInCallback() {
-    if (depth_ > 0) return;
-    subscribe();
-    callbackWrites_ = true;
-    std::size_t const before = model_.size();
-    make(model_, anyClass());
-    EXPECT_EQ(model_.size(), before + 2) << history();
-}
-
-// What is refused.
-
-void RandomWalk::addWrongClass() {
-    Place const at = sequence(oneIn(2));
-    ModelElement const stranger = pick(
-        at.row->target->conformsTo(za::Macro::Impl::table) ? za::Scope::Impl::table : za::Macro::Impl::table);
-    if (!stranger.get()->classTable().conformsTo(*at.row->target)) collection(at).genericAdd(stranger);
-}
-
-void RandomWalk::setWrongValue() {
-    Place const at = place(oneIn(2) ? PropertyKind::Attribute : PropertyKind::Reference);
-    at.element.setPropertyValue(
-        propertyOf(*at.row), Value::own<unsigned long>(meta::requireType("UInteger64"), ValueFlags::One, 5));
-}
-
-void RandomWalk::linkOtherModel() {
-    Place const at = oneIn(2) ? sequence(oneIn(2)) : place(PropertyKind::ContainerEnd);
-    ModelElement const stranger = make(other_, *at.row->target);
-    if (at.row->kind == PropertyKind::ContainerEnd)
-        at.element.setPropertyValue(propertyOf(*at.row),
-                                    Value::createElementValue(propertyOf(*at.row), stranger));
-    else
-        collection(at).genericAdd(stranger);
-    ADD_FAILURE() << "a link into another model was taken" << history();
-}
-
-void RandomWalk::nestInItself() {
-    za::Scope const scope = za::Scope::cast(pick(za::Scope::Impl::table));
-    za::Namespace const inner = za::Namespace::create(model_);
-    scope.getNamespacesMutable().add(inner);
-    inner.getNamespacesMutable().add(za::Namespace::create(model_));
-    za::Scope const deepest = inner.getNamespaces()[0];
-    std::string const before = dump(model_);
-    EXPECT_EQ(failureOf([&] { deepest.getNamespacesMutable().add(inner); }), "CircularContainment")
-        << history();
-    EXPECT_EQ(failureOf([&] { inner.setParent(deepest); }), "CircularContainment") << history();
-    check(before, "a circular containment");
-}
-
-void RandomWalk::addSecond() {
-    Place const at = sequence(true);
-    auto& members = Core::sequence(*at.element.get(), *at.row);
-    if (members.size() < 2) return;
-    ModelElement const second = members.genericAt(1);
-    if (second) members.genericReplace(second, 0);
-}
-
-void RandomWalk::failInMidLevel() {
-    struct Refused : std::exception {};
-    std::string const before = dump(model_);
-    try {
-        Transaction const level = model_.beginTransaction();
-        for (std::size_t i = 0; i < 4; ++i)
-            addOwned();
-        throw Refused();
-    } catch (std::exception const&) {
-    }
-    check(before, "an exception inside a level");
 }
 
 } // namespace testmodel

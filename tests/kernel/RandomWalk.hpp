@@ -1,5 +1,5 @@
 /// \file
-/// Random operations on a model of the generated schema, chosen by a seed.
+/// Random operations on a model, chosen by a seed; which operations there are, a subclass says.
 #pragma once
 
 #include "model/ModelSupport.hpp"
@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <random>
 #include <string>
@@ -23,20 +24,17 @@ class RandomWalk {
     explicit RandomWalk(std::uint64_t seed);
 
     void run(std::size_t steps);
-    /// \returns the names of all operations that a run must have done at least once.
-    [[nodiscard]] static std::vector<std::string> const& operationNames();
     /// \returns how often each operation ran.
     [[nodiscard]] std::map<std::string, std::size_t> const& counts() const noexcept { return counts_; }
     /// \returns how often the model refused, by message.
     [[nodiscard]] std::map<std::string, std::size_t> const& refusals() const noexcept { return refusals_; }
 
-  private:
-    using Walk = RandomWalk;
+  protected:
     struct Operation {
         char const* name;
-        void (Walk::*run)();
+        std::function<void()> run;
     };
-    static std::vector<Operation> const& operations();
+    std::vector<Operation> operations_;
 
     void level(std::size_t depth);
     void step();
@@ -63,48 +61,6 @@ class RandomWalk {
     std::unique_ptr<Builder> builder(ClassTable const& table, std::size_t depth);
     ModelElement proxy(ClassTable const& table);
 
-    // The operations.
-    void createElement();
-    void createTaken();
-    void createAgain();
-    void setAttribute();
-    void setPlainReference();
-    void setOwnedReference();
-    void setContainerEnd();
-    void addPlain() { addTo(false); }
-    void addOwned() { addTo(true); }
-    void addTo(bool contained);
-    void insertMember();
-    void ensureMember();
-    void replaceMember();
-    void removeMember();
-    void removeMemberAt();
-    void eraseMembers();
-    void clearMembers();
-    void assignMembers();
-    void reserveMembers();
-    void insertFile();
-    void renameFile();
-    void eraseFile();
-    void clearFiles();
-    void changeList();
-    void changeView();
-    void buildTree();
-    void createInto();
-    void destroyElement();
-    void placeProxy();
-    void resolveProxies();
-    void replaceProxy();
-    void subscribe();
-    void throwInCallback();
-    void writeInCallback();
-    void addWrongClass();
-    void setWrongValue();
-    void linkOtherModel();
-    void nestInItself();
-    void addSecond();
-    void failInMidLevel();
-
     std::mt19937_64 random_;
     std::uint64_t seed_;
     Model model_;
@@ -113,11 +69,8 @@ class RandomWalk {
     std::map<std::string, std::size_t> counts_;
     std::map<std::string, std::size_t> refusals_;
     std::deque<std::string> history_;
-    std::vector<Subscription> subscriptions_;
     std::size_t depth_ = 0;
     std::size_t notices_ = 0;
-    bool callbackThrows_ = false;
-    bool callbackWrites_ = false;
 };
 
 } // namespace testmodel

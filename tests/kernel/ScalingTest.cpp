@@ -67,8 +67,6 @@ namespace za = zelkor::ast;
 
 namespace {
 
-enum class Order { Forward, Reverse, Random };
-
 /// A scope with n variables, and the order in which a scenario goes through them.
 struct Field {
     Model model = newModel();
@@ -85,10 +83,6 @@ struct Field {
         }
         level.commit();
     }
-    void arrange(Order order) {
-        if (order == Order::Reverse) std::reverse(variables.begin(), variables.end());
-        if (order == Order::Random) std::shuffle(variables.begin(), variables.end(), std::mt19937(7));
-    }
 };
 
 struct Scenario {
@@ -102,6 +96,13 @@ void listen(Field& field) {
         for (ElementChange const& change : notice.changed)
             if (change.properties().size() > 30) std::abort();
     });
+}
+
+auto each(void (*work)(Field&, za::Variable const&)) {
+    return [work](Field& f, std::size_t) {
+        for (za::Variable const& v : f.variables)
+            work(f, v);
+    };
 }
 
 std::vector<Scenario> scenarios() {
@@ -139,27 +140,18 @@ std::vector<Scenario> scenarios() {
                            for (std::size_t i = 0; i < n; ++i)
                                v.getCommentsMutable().push_back(u"c");
                        })});
-        for (Order const order : {Order::Forward, Order::Reverse, Order::Random}) {
-            std::string const way = order == Order::Forward   ? " in order"
-                                    : order == Order::Reverse ? " in reverse"
-                                                              : " at random";
-            auto const full = [order, observed](Field& f, std::size_t n) {
+        for (std::string const way : {" in order", " in reverse", " at random"}) {
+            auto const full = [way, observed](Field& f, std::size_t n) {
                 f.fill(n);
-                f.arrange(order);
+                if (way == " in reverse") std::reverse(f.variables.begin(), f.variables.end());
+                if (way == " at random")
+                    std::shuffle(f.variables.begin(), f.variables.end(), std::mt19937(7));
                 if (observed) listen(f);
             };
-            auto const destroy = [](Field& f, std::size_t) {
-                for (za::Variable const& v : f.variables)
-                    v.destroy();
-            };
-            auto const move = [](Field& f, std::size_t) {
-                for (za::Variable const& v : f.variables)
-                    f.second.getSymbolsMutable().add(v);
-            };
-            auto const leave = [](Field& f, std::size_t) {
-                for (za::Variable const& v : f.variables)
-                    v.setOwningScope({});
-            };
+            auto const destroy = each([](Field&, za::Variable const& v) { v.destroy(); });
+            auto const move =
+                each([](Field& f, za::Variable const& v) { f.second.getSymbolsMutable().add(v); });
+            auto const leave = each([](Field&, za::Variable const& v) { v.setOwningScope({}); });
             all.push_back({"destroy" + way + tail, full, destroy});
             all.push_back({"destroy" + way + ", one transaction" + tail, full, inOne(destroy)});
             all.push_back({"destroy" + way + ", abandoned" + tail, full, inOne(destroy, false)});

@@ -1,8 +1,6 @@
 #include <atomic>
-#include <condition_variable>
 #include <cstdint>
 #include <cstring>
-#include <deque>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <mutex>
@@ -135,46 +133,6 @@ TEST(Slab, TrimGivesMemoryBackToTheSystem) {
     freeAll(blocks);
     slab::trim();
     EXPECT_LE(residentBytes() + (std::size_t(48) << 20), full);
-}
-
-TEST(Slab, BlocksMayBeFreedByOtherThreads) {
-    constexpr int producers = 3, consumers = 3, each = 30000;
-    std::mutex mutex;
-    std::condition_variable changed;
-    std::deque<Marked> queue;
-    int running = producers;
-    std::atomic<int> damaged{0}, freed{0};
-    std::vector<std::thread> threads;
-    for (int p = 0; p < producers; ++p)
-        threads.emplace_back([&, p] {
-            std::mt19937 random(static_cast<unsigned>(p));
-            for (int i = 0; i < each; ++i) {
-                Marked const block(1 + random() % 520, random());
-                std::lock_guard lock(mutex);
-                queue.push_back(block);
-                changed.notify_one();
-            }
-            std::lock_guard lock(mutex);
-            --running;
-            changed.notify_all();
-        });
-    for (int c = 0; c < consumers; ++c)
-        threads.emplace_back([&] {
-            for (std::unique_lock lock(mutex);; lock.lock()) {
-                changed.wait(lock, [&] { return !queue.empty() || running == 0; });
-                if (queue.empty()) return;
-                Marked block = queue.front();
-                queue.pop_front();
-                lock.unlock();
-                damaged += !block.intact();
-                block.free();
-                ++freed;
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(damaged, 0);
-    EXPECT_EQ(freed, producers * each);
 }
 
 TEST(Slab, BlocksOutliveTheirThread) {

@@ -1,6 +1,6 @@
 // Change records as a tool can use them: made from an element, filled by index, written back.
 
-#include "model/ModelSupport.hpp"
+#include "kernel/Stage.hpp"
 
 #include "brant/zero/Primitive.hpp"
 #include "brant/zero/Storage.hpp"
@@ -9,15 +9,16 @@
 #include <gtest/gtest.h>
 
 using namespace testmodel;
-namespace za = zelkor::ast;
 
 namespace {
+
+class StorageTest : public testing::Test, protected Stage {};
 
 ReflectionPrivateTag const& plain = ReflectionPrivateTag::PUBLIC_ACCESS;
 
 } // namespace
 
-TEST(Storage, EveryIndexOfEveryClassHasABit) {
+TEST_F(StorageTest, EveryIndexOfEveryClassHasABit) {
     std::size_t checked = 0;
     for (ClassTable const* table : classes()) {
         if (table->isAbstract) continue;
@@ -40,7 +41,7 @@ TEST(Storage, EveryIndexOfEveryClassHasABit) {
     EXPECT_GT(checked, 220u);
 }
 
-TEST(Storage, WhatWasCopiedIsOldValueAndCanBeWrittenBack) {
+TEST_F(StorageTest, WhatWasCopiedIsOldValueAndCanBeWrittenBack) {
     std::size_t checked = 0;
     for (ClassTable const* table : classes()) {
         if (table->isAbstract) continue;
@@ -75,24 +76,7 @@ TEST(Storage, WhatWasCopiedIsOldValueAndCanBeWrittenBack) {
     EXPECT_GT(checked, 100u);
 }
 
-TEST(Storage, AnEmptyCollectionIsRememberedAsEmpty) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    auto const storage = function.get()->createStorage();
-    PropertyRow const& params = Core::rowOf(za::Function::params().getProperty());
-    function.get()->copyValue(storage.get(), params.index);
-    storage->mark(params.index);
-    za::Variable const variable = za::Variable::create(model);
-    function.getParamsMutable().add(variable);
-    Value const old = storage->getOldValue(za::Function::params().getProperty(), plain);
-    ASSERT_NE(old.collection(), nullptr);
-    EXPECT_TRUE(old.collection()->empty());
-    EXPECT_EQ(old.collection()->owner(), nullptr);
-}
-
-TEST(Storage, PlaceholdersInAMapAreNoContent) {
-    Model const model = newModel();
-    za::Project const project = za::Project::create(model);
+TEST_F(StorageTest, PlaceholdersInAMapAreNoContent) {
     project.getFilesMutable().add(
         placeholderFor<za::source::SourceFile>(model, ElementImpl::generateNewUuid()));
     auto const storage = project.get()->createStorage();
@@ -104,11 +88,8 @@ TEST(Storage, PlaceholdersInAMapAreNoContent) {
     EXPECT_TRUE(old.collection()->asReferences()->getAllValuesAndProxies().empty());
 }
 
-TEST(Storage, APlaceholderThatWasResolvedCountsAsChanged) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Template const target = za::Template::create(model);
-    function.setAssocTemplate(placeholderFor<za::Template>(model, target.uuid()));
+TEST_F(StorageTest, APlaceholderThatWasResolvedCountsAsChanged) {
+    function.setAssocTemplate(placeholderFor<za::Template>(model, assoc.uuid()));
     auto const storage = function.get()->createStorage();
     std::size_t const index = Core::rowOf(za::Function::assocTemplate().getProperty()).index;
     function.get()->copyValue(storage.get(), index);
@@ -116,20 +97,15 @@ TEST(Storage, APlaceholderThatWasResolvedCountsAsChanged) {
     storage->revertUnchanged(function.get());
     EXPECT_FALSE(storage->changed(index));
     storage->mark(index);
-    EXPECT_EQ(function.getAssocTemplate(), target);
+    EXPECT_EQ(function.getAssocTemplate(), assoc);
     storage->revertUnchanged(function.get());
     EXPECT_TRUE(storage->changed(index));
 }
 
-TEST(Storage, WritingBackTellsNobody) {
-    Model const model = newModel();
-    za::Project const project = za::Project::create(model);
-    auto const file = za::source::SourceFile::create(model);
+TEST_F(StorageTest, WritingBackTellsNobody) {
     file.setPath(u"/a");
     project.getFilesMutable().insert(file);
-    za::Function const function = za::Function::create(model);
-    za::Variable const param = za::Variable::create(model);
-    function.getParamsMutable().add(param);
+    function.getParamsMutable().add(one);
     auto const path = Core::rowOf(za::source::SourceFile::path().getProperty()).index;
     auto const params = Core::rowOf(za::Function::params().getProperty()).index;
     auto const ofFile = file.get()->createStorage();
@@ -146,34 +122,14 @@ TEST(Storage, WritingBackTellsNobody) {
     EXPECT_EQ(file.getPath(), u"/a");
     EXPECT_EQ(project.getFiles().keys(), std::vector<std::u16string>{u"/b"}); // no entry moves
     EXPECT_FALSE(function.hasParams());
-    EXPECT_EQ(param.container(), function); // the other end keeps its link
+    EXPECT_EQ(one.container(), function); // the other end keeps its link
     Core::field<std::u16string>(*file.get(), Core::rowOf(za::source::SourceFile::path().getProperty())) =
         u"/b";
-    Core::restoreLink(*param.get(), nullptr, nullptr, 9);
+    Core::restoreLink(*one.get(), nullptr, nullptr, 99);
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Storage, WhatHadNoContainerRemembersThat) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Scope const scope = za::Scope::create(model);
-    auto const storage = scope.get()->createStorage();
-    meta::Property const owningFun = za::Scope::owningFun().getProperty();
-    std::size_t const index = Core::rowOf(owningFun).index;
-    scope.get()->copyValue(storage.get(), index);
-    storage->mark(index);
-    scope.setOwningFun(function);
-    storage->revertUnchanged(scope.get());
-    EXPECT_TRUE(storage->changed(index));
-    Value const old = storage->getOldValue(owningFun, plain);
-    EXPECT_EQ(old.getValue<ModelElement>(), nullptr);
-    EXPECT_EQ(old.getType(), meta::Type(za::Function::metaClass()));
-}
-
-TEST(Storage, ContainerEndsShareOneFact) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Scope const scope = za::Scope::create(model);
+TEST_F(StorageTest, ContainerEndsShareOneFact) {
     function.setScope(scope);
     auto const storage = scope.get()->createStorage();
     PropertyRow const& parent = Core::rowOf(za::Scope::parent().getProperty());
@@ -195,9 +151,7 @@ TEST(Storage, ContainerEndsShareOneFact) {
     EXPECT_TRUE(storage->bits().none());
 }
 
-TEST(Storage, ANullReferenceIsTypedByItsProperty) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
+TEST_F(StorageTest, ANullReferenceIsTypedByItsProperty) {
     auto const storage = function.get()->createStorage();
     PropertyRow const& type = Core::rowOf(za::Function::type().getProperty());
     for (bool const set : {false, true}) {

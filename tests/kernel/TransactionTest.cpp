@@ -1,6 +1,6 @@
 // Levels: how they nest and end, what an abandoned one brings back, and identities.
 
-#include "model/ModelSupport.hpp"
+#include "kernel/Stage.hpp"
 
 #include "zelkor/ast.hpp"
 
@@ -10,9 +10,10 @@
 #include <stdexcept>
 
 using namespace testmodel;
-namespace za = zelkor::ast;
 
 namespace {
+
+class TransactionTest : public testing::Test, protected Stage {};
 
 std::u16string nameAfter(std::initializer_list<bool> commits) {
     // Each level sets the name to its depth; the innermost ends first.
@@ -45,7 +46,7 @@ HandleState stateOf(std::function<void()> const& use) {
 
 } // namespace
 
-TEST(Transaction, AnInnerLevelEndsIntoTheOneAroundIt) {
+TEST_F(TransactionTest, AnInnerLevelEndsIntoTheOneAroundIt) {
     struct Case {
         std::initializer_list<bool> commits; // outermost first
         char16_t const* name;
@@ -62,9 +63,7 @@ TEST(Transaction, AnInnerLevelEndsIntoTheOneAroundIt) {
         EXPECT_EQ(nameAfter(one.commits), one.name);
 }
 
-TEST(Transaction, EndsOnceAndInnermostFirst) {
-    Model const model = newModel();
-    za::Macro const macro = za::Macro::create(model);
+TEST_F(TransactionTest, EndsOnceAndInnermostFirst) {
     {
         Transaction level = model.beginTransaction();
         macro.setName(u"a");
@@ -84,9 +83,7 @@ TEST(Transaction, EndsOnceAndInnermostFirst) {
     EXPECT_EQ(macro.getName(), u"b");
 }
 
-TEST(Transaction, AStaleLevelTouchesNoLaterOne) {
-    Model const model = newModel();
-    za::Macro const macro = za::Macro::create(model);
+TEST_F(TransactionTest, AStaleLevelTouchesNoLaterOne) {
     Transaction outer = model.beginTransaction();
     auto stale = std::make_unique<Transaction>(model.beginTransaction());
     auto forgotten = std::make_unique<Transaction>(model.beginTransaction());
@@ -103,20 +100,7 @@ TEST(Transaction, AStaleLevelTouchesNoLaterOne) {
     EXPECT_EQ(macro.getName(), u"a");
 }
 
-TEST(Transaction, DroppingAnOuterLevelTakesTheInnerOneWithIt) {
-    Model const model = newModel();
-    za::Macro const macro = za::Macro::create(model);
-    Transaction outer = model.beginTransaction();
-    Transaction inner = model.beginTransaction();
-    macro.setName(u"a");
-    outer.rollback();
-    EXPECT_EQ(macro.getName(), u"");
-    EXPECT_THROW(inner.commit(), std::logic_error);
-}
-
-TEST(Transaction, MovedLevelsKeepTheirWork) {
-    Model const model = newModel();
-    za::Macro const macro = za::Macro::create(model);
+TEST_F(TransactionTest, MovedLevelsKeepTheirWork) {
     Transaction first = model.beginTransaction();
     macro.setName(u"a");
     Transaction second = std::move(first);
@@ -125,34 +109,30 @@ TEST(Transaction, MovedLevelsKeepTheirWork) {
     EXPECT_EQ(macro.getName(), u"");
 }
 
-TEST(Transaction, AnAbandonedLevelBringsBackWhatItDestroyed) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Scope const scope = za::Scope::create(model);
-    za::Variable const variable = za::Variable::create(model);
+TEST_F(TransactionTest, AnAbandonedLevelBringsBackWhatItDestroyed) {
     function.setScope(scope);
-    scope.getSymbolsMutable().add(variable);
-    variable.setName("v");
-    boost::uuids::uuid const identity = variable.uuid();
+    scope.getSymbolsMutable().add(one);
+    one.setName("v");
+    boost::uuids::uuid const identity = one.uuid();
     std::string const before = dump(model);
     {
         Transaction const level = model.beginTransaction();
         function.destroy();
-        for (ModelElement const& gone : {ModelElement(function), ModelElement(scope), ModelElement(variable)})
+        for (ModelElement const& gone : {ModelElement(function), ModelElement(scope), ModelElement(one)})
             EXPECT_FALSE(gone);
         EXPECT_EQ(model.findElement(identity), nullptr);
         // The identity is free meanwhile.
         za::Macro const other = za::Macro::create(model, identity);
         EXPECT_EQ(model.findElement(identity), other);
     }
-    EXPECT_TRUE(function && scope && variable);
-    EXPECT_EQ(variable.getName(), "v");
-    EXPECT_EQ(model.findElement(identity), variable);
+    EXPECT_TRUE(function && scope && one);
+    EXPECT_EQ(one.getName(), "v");
+    EXPECT_EQ(model.findElement(identity), one);
     EXPECT_EQ(firstDifference(before, dump(model)), "");
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Transaction, DeadHandlesSayWhy) {
+TEST_F(TransactionTest, DeadHandlesSayWhy) {
     za::Macro const null;
     za::Macro destroyed;
     za::Macro rolledBack;
@@ -169,10 +149,11 @@ TEST(Transaction, DeadHandlesSayWhy) {
     struct Case {
         za::Macro const& macro;
         HandleState state;
-    } const cases[] = {{null, HandleState::Null},
-                       {destroyed, HandleState::Destroyed},
-                       {rolledBack, HandleState::RolledBack},
-                       {orphan, HandleState::ModelGone}};
+        char const* said;
+    } const cases[] = {{null, HandleState::Null, "null"},
+                       {destroyed, HandleState::Destroyed, "destroyed"},
+                       {rolledBack, HandleState::RolledBack, "transaction"},
+                       {orphan, HandleState::ModelGone, "model"}};
     for (Case const& one : cases) {
         EXPECT_FALSE(one.macro);
         EXPECT_EQ(one.macro == null, one.state == HandleState::Null);
@@ -195,6 +176,7 @@ TEST(Transaction, DeadHandlesSayWhy) {
         };
         for (auto const& use : uses)
             EXPECT_EQ(stateOf(use), one.state);
+        EXPECT_NE(std::string(DeadHandle(one.state).what()).find(one.said), std::string::npos);
     }
     Model const gone;
     EXPECT_FALSE(gone);
@@ -202,18 +184,15 @@ TEST(Transaction, DeadHandlesSayWhy) {
     EXPECT_EQ(failureOf([&] { za::Macro::create(gone); }), "CannotCreateWithoutModel");
 }
 
-TEST(Transaction, ACollectionOfADeadElementRefusesChanges) {
-    Model const model = newModel();
-    za::Scope const scope = za::Scope::create(model);
+TEST_F(TransactionTest, ACollectionOfADeadElementRefusesChanges) {
     auto& symbols = scope.getSymbolsMutable();
-    za::Variable const variable = za::Variable::create(model);
     scope.destroy();
-    EXPECT_EQ(stateOf([&] { symbols.add(variable); }), HandleState::Destroyed);
-    EXPECT_EQ(variable.container(), nullptr);
+    EXPECT_EQ(stateOf([&] { symbols.add(one); }), HandleState::Destroyed);
+    EXPECT_EQ(one.container(), nullptr);
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Transaction, IdentitiesAreChosenOnce) {
+TEST_F(TransactionTest, IdentitiesAreChosenOnce) {
     Model const model = newModel();
     za::Macro const fresh = za::Macro::create(model);
     EXPECT_EQ(fresh.uuid().version(), boost::uuids::uuid::version_random_number_based);
@@ -236,7 +215,7 @@ TEST(Transaction, IdentitiesAreChosenOnce) {
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Transaction, IdentitiesAreFreeAgainAfterARollback) {
+TEST_F(TransactionTest, IdentitiesAreFreeAgainAfterARollback) {
     Model const model = newModel();
     boost::uuids::uuid const chosen = ElementImpl::generateNewUuid();
     for (int i = 0; i < 3; ++i) {
@@ -248,7 +227,7 @@ TEST(Transaction, IdentitiesAreFreeAgainAfterARollback) {
     EXPECT_TRUE(za::Macro::create(model, chosen));
 }
 
-TEST(Transaction, TopLevelElementsKeepTheirOrder) {
+TEST_F(TransactionTest, TopLevelElementsKeepTheirOrder) {
     Model const model = newModel();
     za::Scope const holder = za::Scope::create(model);
     std::vector<za::Variable> variables;
@@ -275,25 +254,7 @@ TEST(Transaction, TopLevelElementsKeepTheirOrder) {
     EXPECT_EQ(violationOf(model), "");
 }
 
-TEST(Transaction, AKeyComesBackWithItsElement) {
-    Model const model = newModel();
-    za::Project const project = za::Project::create(model);
-    auto const file = za::source::SourceFile::create(model);
-    file.setPath(u"/a");
-    project.getFilesMutable().insert(file);
-    {
-        Transaction const level = model.beginTransaction();
-        file.setPath(u"/b");
-        EXPECT_EQ(project.getFiles().keys(), std::vector<std::u16string>{u"/b"});
-    }
-    EXPECT_EQ(project.getFiles().keys(), std::vector<std::u16string>{u"/a"});
-    EXPECT_EQ(project.getFiles()[u"/a"], file);
-    EXPECT_EQ(violationOf(model), "");
-}
-
-TEST(Transaction, AFrozenModelChangesOnlyWhileThawed) {
-    Model const model = newModel();
-    za::Macro const macro = za::Macro::create(model);
+TEST_F(TransactionTest, AFrozenModelChangesOnlyWhileThawed) {
     Model::Freezer const freezer(model);
     std::string const before = dump(model);
     EXPECT_THROW(macro.setName(u"x"), std::logic_error);
@@ -309,9 +270,7 @@ TEST(Transaction, AFrozenModelChangesOnlyWhileThawed) {
     EXPECT_THROW(macro.setName(u"x"), std::logic_error);
 }
 
-TEST(Transaction, APlaceholderComesBackWhenItsTargetVanishes) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
+TEST_F(TransactionTest, APlaceholderComesBackWhenItsTargetVanishes) {
     boost::uuids::uuid const chosen = ElementImpl::generateNewUuid();
     std::u16string text;
     for (char const unit : toString(chosen))

@@ -2,7 +2,6 @@
 
 #include "brant/zero/Exceptions.hpp"
 
-#include <functional>
 #include <limits>
 #include <map>
 
@@ -14,8 +13,15 @@ using climate::refuses;
 using climate::Weather;
 using meta::StandardTypes;
 
-Value one(meta::Type const& type, Weather weather) {
-    return Value::own<Weather>(type, ValueFlags::One, weather);
+template <class T>
+Value one(meta::Type const& type, T const& payload) {
+    return Value::own<T>(type, ValueFlags::One, payload);
+}
+Value without(meta::Type const& type) {
+    return Value(ValueMeta(type, ValueFlags::One));
+}
+Value absent(meta::Type const& type) {
+    return Value(ValueMeta(type, ValueFlags::Absent));
 }
 
 class ValueTest : public testing::Test {
@@ -26,34 +32,34 @@ class ValueTest : public testing::Test {
 
 // ---- reading: who may read what
 
-using Reader = std::function<void(Value const&)>;
-
-std::map<std::string, Reader> const& readers() {
-    static std::map<std::string, Reader> const all = {
-        {"bool", [](Value const& v) { (void)v.getValue<bool>(); }},
-        {"int", [](Value const& v) { (void)v.getValue<int>(); }},
-        {"unsigned", [](Value const& v) { (void)v.getValue<unsigned int>(); }},
-        {"long", [](Value const& v) { (void)v.getValue<long>(); }},
-        {"ulong", [](Value const& v) { (void)v.getValue<unsigned long>(); }},
-        {"double", [](Value const& v) { (void)v.getValue<double>(); }},
-        {"string", [](Value const& v) { (void)v.getValue<std::string>(); }},
-        {"u16string", [](Value const& v) { (void)v.getValue<std::u16string>(); }},
-        {"optional int", [](Value const& v) { (void)v.getValue<boost::optional<int>>(); }},
-        {"vector int", [](Value const& v) { (void)v.getValue<std::vector<int>>(); }},
-        {"Weather", [](Value const& v) { (void)v.getValue<Weather>(); }},
-        {"optional Weather", [](Value const& v) { (void)v.getValue<boost::optional<Weather>>(); }},
-        {"vector Weather", [](Value const& v) { (void)v.getValue<std::vector<Weather>>(); }},
-        {"set Weather", [](Value const& v) { (void)v.getValue<std::set<Weather>>(); }},
-        {"ModelElement", [](Value const& v) { (void)v.getValue<ModelElement>(); }},
-        {"Type", [](Value const& v) { (void)v.getValue<meta::Type>(); }},
-        {"Class", [](Value const& v) { (void)v.getValue<meta::Class>(); }},
-        {"Enum", [](Value const& v) { (void)v.getValue<meta::Enum>(); }},
-        {"vector ModelElement", [](Value const& v) { (void)v.getValue<std::vector<ModelElement>>(); }},
-        {"vector Type", [](Value const& v) { (void)v.getValue<std::vector<meta::Type>>(); }},
-        {"vector Enum", [](Value const& v) { (void)v.getValue<std::vector<meta::Enum>>(); }},
-    };
-    return all;
+template <class T>
+void read(Value const& value) {
+    (void)value.getValue<T>();
 }
+
+std::map<std::string, void (*)(Value const&)> const readers = {
+    {"bool", read<bool>},
+    {"int", read<int>},
+    {"unsigned", read<unsigned int>},
+    {"long", read<long>},
+    {"ulong", read<unsigned long>},
+    {"double", read<double>},
+    {"string", read<std::string>},
+    {"u16string", read<std::u16string>},
+    {"optional int", read<boost::optional<int>>},
+    {"vector int", read<std::vector<int>>},
+    {"Weather", read<Weather>},
+    {"optional Weather", read<boost::optional<Weather>>},
+    {"vector Weather", read<std::vector<Weather>>},
+    {"set Weather", read<std::set<Weather>>},
+    {"ModelElement", read<ModelElement>},
+    {"Type", read<meta::Type>},
+    {"Class", read<meta::Class>},
+    {"Enum", read<meta::Enum>},
+    {"vector ModelElement", read<std::vector<ModelElement>>},
+    {"vector Type", read<std::vector<meta::Type>>},
+    {"vector Enum", read<std::vector<meta::Enum>>},
+};
 
 struct Row {
     char const* name;
@@ -63,74 +69,60 @@ struct Row {
 };
 
 void checkReading(std::vector<Row> const& rows) {
-    std::set<std::string> seen;
-    for (Row const& row : rows)
-        for (auto const& entry : readers()) {
-            auto const& [reader, read] = entry;
+    for (Row const& row : rows) {
+        std::set<std::string> readable;
+        for (auto const& [reader, read] : readers) {
             SCOPED_TRACE(std::string(row.name) + " read as " + reader);
-            if (row.readableAs.count(reader) != 0) {
-                seen.insert(reader);
-                EXPECT_NO_THROW(read(row.value));
-            } else {
-                EXPECT_TRUE(refuses(row.type, [&] { entry.second(row.value); }));
+            if (!row.readableAs.contains(reader)) {
+                EXPECT_TRUE(refuses(row.type, [&, read = read] { read(row.value); }));
+                continue;
             }
+            EXPECT_NO_THROW(read(row.value));
+            readable.insert(reader);
         }
-    for (Row const& row : rows)
-        for (std::string const& reader : row.readableAs)
-            EXPECT_EQ(seen.count(reader), 1u) << "no reader is called " << reader;
+        EXPECT_EQ(readable, row.readableAs) << "no reader is called so";
+    }
 }
 
 TEST_F(ValueTest, ReadsPrimitivesAsThatVeryPrimitive) {
-    auto const single = [](meta::Type const& type, auto payload) {
-        return Value::own(type, ValueFlags::One, payload);
-    };
     meta::Type const& integer = StandardTypes::integer();
     checkReading({
-        {"bool", single(StandardTypes::boolean(), true), u"Boolean", {"bool"}},
-        {"int", single(integer, -1), u"Integer", {"int", "optional int"}},
-        {"unsigned", single(StandardTypes::unlimitedNatural(), 1u), u"UnlimitedNatural", {"unsigned"}},
-        {"long", single(StandardTypes::integer64(), 1l), u"Integer64", {"long"}},
-        {"ulong", single(StandardTypes::uInteger64(), 1ul), u"UInteger64", {"ulong"}},
-        {"double", single(StandardTypes::real(), 0.5), u"Real", {"double"}},
-        {"string", single(StandardTypes::stdString(), std::string("a")), u"StdString", {"string"}},
-        {"u16string", single(StandardTypes::string(), std::u16string(u"a")), u"String", {"u16string"}},
+        {"bool", one(StandardTypes::boolean(), true), u"Boolean", {"bool"}},
+        {"int", one(integer, -1), u"Integer", {"int", "optional int"}},
+        {"unsigned", one(StandardTypes::unlimitedNatural(), 1u), u"UnlimitedNatural", {"unsigned"}},
+        {"long", one(StandardTypes::integer64(), 1l), u"Integer64", {"long"}},
+        {"ulong", one(StandardTypes::uInteger64(), 1ul), u"UInteger64", {"ulong"}},
+        {"double", one(StandardTypes::real(), 0.5), u"Real", {"double"}},
+        {"string", one(StandardTypes::stdString(), std::string("a")), u"StdString", {"string"}},
+        {"u16string", one(StandardTypes::string(), std::u16string(u"a")), u"String", {"u16string"}},
         {"ints", Value::ownContainer(integer, std::vector<int>{1}), u"Integer", {"vector int"}},
-        {"absent int", Value(ValueMeta(integer, ValueFlags::Absent)), u"Integer", {"optional int"}},
-        {"int without payload",
-         Value(ValueMeta(integer, ValueFlags::One)),
-         u"Integer",
-         {"int", "optional int"}},
+        {"absent int", absent(integer), u"Integer", {"optional int"}},
+        {"int without payload", without(integer), u"Integer", {"int", "optional int"}},
         {"nothing", Value(), u"no type", {}},
     });
 }
 
 TEST_F(ValueTest, ReadsEnumerationsAsThatVeryEnumeration) {
     meta::Type const other = Metamodel::get().other;
-    meta::Property const sequence = Metamodel::property(weather, 2, true);
-    meta::Property const set = Metamodel::property(weather, 2, false);
     meta::Enum const holder = meta::Enum::create(model);
-    AbstractOwnedCollection const& live = holder.getProperties();
+    Value const list = Value::refer(Metamodel::property(weather, 2, true), holder.getProperties());
+    Value const set = Value::refer(Metamodel::property(weather, 2, false), holder.getProperties());
+    auto const listOf = [](meta::Type const& type) {
+        return Value::ownContainer(type, std::vector{Weather::Sun});
+    };
+    std::u16string const name = u"climate.Weather";
     checkReading({
-        {"enumeration", one(weather, Weather::Sun), u"climate.Weather", {"Weather", "optional Weather"}},
-        {"without payload",
-         Value(ValueMeta(weather, ValueFlags::One)),
-         u"climate.Weather",
-         {"Weather", "optional Weather"}},
-        {"absent", Value(ValueMeta(weather, ValueFlags::Absent)), u"climate.Weather", {"optional Weather"}},
+        {"enumeration", one(weather, Weather::Sun), name, {"Weather", "optional Weather"}},
+        {"without payload", without(weather), name, {"Weather", "optional Weather"}},
+        {"absent", absent(weather), name, {"optional Weather"}},
         {"another enumeration", one(other, Weather::Sun), u"climate.Other", {}},
-        {"list",
-         Value::ownContainer(weather, std::vector{Weather::Sun}),
-         u"climate.Weather",
-         {"vector Weather"}},
-        {"empty list",
-         Value::ownContainer(weather, std::vector<Weather>()),
-         u"climate.Weather",
-         {"vector Weather"}},
-        {"set", Value::ownContainer(weather, std::set{Weather::Sun}), u"climate.Weather", {"set Weather"}},
-        {"empty set", Value::ownContainer(weather, std::set<Weather>()), u"climate.Weather", {"set Weather"}},
-        {"another list", Value::ownContainer(other, std::vector{Weather::Sun}), u"climate.Other", {}},
-        {"live list", Value::refer(sequence, live), u"climate.Weather", {}},
-        {"live set", Value::refer(set, live), u"climate.Weather", {}},
+        {"list", listOf(weather), name, {"vector Weather"}},
+        {"empty list", Value::ownContainer(weather, std::vector<Weather>()), name, {"vector Weather"}},
+        {"set", Value::ownContainer(weather, std::set{Weather::Sun}), name, {"set Weather"}},
+        {"empty set", Value::ownContainer(weather, std::set<Weather>()), name, {"set Weather"}},
+        {"another list", listOf(other), u"climate.Other", {}},
+        {"live list", list, name, {}},
+        {"live set", set, name, {}},
     });
 }
 
@@ -138,6 +130,8 @@ TEST_F(ValueTest, ReadsElementsAsTheirClassAndItsSuperclasses) {
     meta::Enum const element = meta::Enum::create(model);
     AbstractOwnedCollection const& live = element.getProperties();
     meta::Type const enumClass = meta::Enum::metaClass();
+    meta::Type const classClass = meta::Class::metaClass();
+    meta::Type const typeClass = meta::Type::metaClass();
     meta::Class withoutTable;
     {
         meta::MetaRegistry& registry = meta::MetaRegistry::getInstance();
@@ -146,35 +140,26 @@ TEST_F(ValueTest, ReadsElementsAsTheirClassAndItsSuperclasses) {
         withoutTable.setName(u"Handmade");
         withoutTable.setSuperclass(meta::Enum::metaClass());
     }
-    auto const single = [](meta::Type const& type, ModelElement const& value) {
-        return Value::own<ModelElement>(type, ValueFlags::One, value);
-    };
+    ModelElement const null;
+    std::u16string const package = u"brant.zero.meta.";
+    std::set<std::string> const enums = {"ModelElement", "Type", "Enum"};
+    std::set<std::string> const classes = {"ModelElement", "Type", "Class"};
+    Value const emptyList = Value::ownContainer(typeClass, std::vector<meta::Type>());
     checkReading({
-        {"element", single(enumClass, element), u"brant.zero.meta.Enum", {"ModelElement", "Type", "Enum"}},
-        {"of a class without table",
-         single(withoutTable, nullptr),
-         u"Handmade",
-         {"ModelElement", "Type", "Enum"}},
-        {"of a class that is a class",
-         single(meta::Class::metaClass(), withoutTable),
-         u"brant.zero.meta.Class",
-         {"ModelElement", "Type", "Class"}},
-        {"null", single(meta::Type::metaClass(), nullptr), u"brant.zero.meta.Type", {"ModelElement", "Type"}},
-        {"absent",
-         Value(ValueMeta(meta::Class::metaClass(), ValueFlags::Absent)),
-         u"brant.zero.meta.Class",
-         {"ModelElement", "Type", "Class"}},
+        {"element", one<ModelElement>(enumClass, element), package + u"Enum", enums},
+        {"of a class without table", one(withoutTable, null), u"Handmade", enums},
+        {"of a class that is a class", one<ModelElement>(classClass, withoutTable), package + u"Class",
+         classes},
+        {"null", one(typeClass, null), package + u"Type", {"ModelElement", "Type"}},
+        {"absent", absent(classClass), package + u"Class", classes},
         {"list",
          Value::ownContainer(enumClass, std::vector{element}),
-         u"brant.zero.meta.Enum",
+         package + u"Enum",
          {"vector ModelElement", "vector Type", "vector Enum"}},
-        {"empty list",
-         Value::ownContainer(meta::Type::metaClass(), std::vector<meta::Type>()),
-         u"brant.zero.meta.Type",
-         {"vector ModelElement", "vector Type"}},
-        {"live list", Value::refer(Core::propertyOf(&live.row()), live), u"brant.zero.meta.Property", {}},
+        {"empty list", emptyList, package + u"Type", {"vector ModelElement", "vector Type"}},
+        {"live list", Value::refer(Core::propertyOf(&live.row()), live), package + u"Property", {}},
         {"element of the root class",
-         single(ModelElement::metaClass(), element),
+         one<ModelElement>(ModelElement::metaClass(), element),
          u"brant.zero.ModelElement",
          {"ModelElement"}},
     });
@@ -195,8 +180,7 @@ void comesBack(meta::Type const& type, std::vector<T> const& payloads) {
         EXPECT_EQ(value.collection(), nullptr);
         EXPECT_TRUE(value.extract().empty());
     }
-    EXPECT_EQ(Value(ValueMeta(type, ValueFlags::One)).getValue<T>(), T{})
-        << "no payload reads as the default";
+    EXPECT_EQ(without(type).getValue<T>(), T{}) << "no payload reads as the default";
 }
 
 template <class T>
@@ -233,13 +217,11 @@ TEST_F(ValueTest, AnEnumerationIsASignExtendedWord) {
     EXPECT_EQ(Value(weather, 0xabcd00000007ul, ValueFlags::One).getValue<Weather>(), Weather::Sun)
         << "only the low half counts";
     EXPECT_TRUE(storm.getValue<boost::optional<Weather>>() == Weather::Storm);
-    EXPECT_FALSE(Value(ValueMeta(weather, ValueFlags::Absent)).getValue<boost::optional<Weather>>());
-    EXPECT_EQ(Value(ValueMeta(weather, ValueFlags::One)).getEnumerationWord(table), 0u);
+    EXPECT_FALSE(absent(weather).getValue<boost::optional<Weather>>());
+    EXPECT_EQ(without(weather).getEnumerationWord(table), 0u);
     EXPECT_TRUE(refuses(u"climate.Other",
                         [&] { (void)one(Metamodel::get().other, Weather::Sun).getEnumerationWord(table); }));
-    EXPECT_TRUE(refuses(u"climate.Weather", [&] {
-        (void)Value(ValueMeta(weather, ValueFlags::Absent)).getEnumerationWord(table);
-    }));
+    EXPECT_TRUE(refuses(u"climate.Weather", [&] { (void)absent(weather).getEnumerationWord(table); }));
 }
 
 TEST_F(ValueTest, AnUnknownEnumerationIsNotTheTypeOfAValueWithoutType) {

@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <iostream>
 #include <set>
 
 using namespace testmodel;
@@ -164,93 +163,21 @@ TEST(Verify, SeesEachViolation) {
 }
 
 TEST(Verify, WhatLooksOddIsLegal) {
-    struct Case {
-        char const* what;
-        std::function<void(Sound&)> make;
-    } const cases[] = {
-        {"an element twice in a collection that is not unique",
-         [](Sound& s) {
-             auto const arg = za::TemplateArg::create(s.model);
-             s.function.getTemplateArgsMutable().add(arg);
-             s.function.getTemplateArgsMutable().add(arg);
-         }},
-        {"an entry that outlived the containment",
-         [](Sound& s) {
-             auto const arg = za::TemplateArg::create(s.model);
-             s.function.getTemplateArgsMutable().add(arg);
-             s.function.getTemplateArgsMutable().add(arg);
-             za::Function::create(s.model).getTemplateArgsMutable().add(arg);
-         }},
-        {"an entry whose element is dead",
-         [](Sound& s) {
-             auto const arg = za::TemplateArg::create(s.model);
-             s.function.getTemplateArgsMutable().add(arg);
-             s.function.getTemplateArgsMutable().add(arg);
-             arg.destroy();
-         }},
-        {"a reference to a dead element",
-         [](Sound& s) {
-             auto const other = za::Template::create(s.model);
-             s.function.setAssocTemplate(other);
-             other.destroy();
-         }},
-        {"a placeholder as a member",
-         [](Sound& s) {
-             s.scope.getSymbolsMutable().genericAdd(
-                 s.model.createProxy(za::Variable::metaClass(), {u"", u"nowhere", nullptr}));
-         }},
-    };
-    for (Case const& one : cases) {
-        Sound sound;
-        one.make(sound);
-        EXPECT_EQ(violationOf(sound.model), "") << one.what;
-    }
-}
-
-// Five faults of a restore, each planted after a real rollback: the comparison with the state before must see
-// it.
-TEST(Verify, APlantedFaultOfARestoreIsCaught) {
-    struct Case {
-        char const* what;
-        std::function<void(Sound&)> fault;
-        bool violates; ///< whether the model is also unsound
-    } const cases[] = {
-        {"a restore step left out",
-         [](Sound& s) {
-             Core::field<bool>(*s.top.get(), rowNamed(za::Macro::Impl::table, "IsUndef")) = true;
-         },
-         false},
-        {"an opposite", [](Sound& s) { Core::restoreLink(*s.variable.get(), nullptr, nullptr, 50); }, true},
-        {"an index entry",
-         [](Sound& s) { s.model->identities().erase(s.top.uuid(), Core::registrySlot(*s.top.get())); }, true},
-        {"a map key",
-         [](Sound& s) {
-             Core::field<std::u16string>(*s.file.get(),
-                                         rowNamed(za::source::SourceFile::Impl::table, "Path")) = u"/z";
-         },
-         true},
-        {"a top-level entry", [](Sound& s) { s.model->leaveTopLevel(*s.top.get()); }, true},
-    };
-    std::size_t caught = 0;
-    for (Case const& one : cases) {
-        Sound sound;
-        static_cast<void>(sound.model.findElement(sound.top.uuid()));
-        std::string const before = dump(sound.model);
-        {
-            Transaction const level = sound.model.beginTransaction();
-            sound.top.setIsUndef(true);
-            sound.function.destroy();
-            sound.file.setPath(u"/q");
-            sound.top.destroy();
-        }
-        EXPECT_EQ(firstDifference(before, dump(sound.model)), "") << one.what;
-        EXPECT_EQ(violationOf(sound.model), "") << one.what;
-        one.fault(sound);
-        bool const differs = dump(sound.model) != before;
-        bool const unsound = !violationOf(sound.model).empty();
-        EXPECT_EQ(unsound, one.violates) << one.what;
-        caught += differs || unsound;
-        EXPECT_TRUE(differs || unsound) << one.what;
-    }
-    std::cout << "planted faults caught: " << caught << " of " << std::size(cases) << '\n';
+    Sound s;
+    auto const arg = za::TemplateArg::create(s.model);
+    auto const expectLegal = [&](char const* what) { EXPECT_EQ(violationOf(s.model), "") << what; };
+    s.function.getTemplateArgsMutable().add(arg);
+    s.function.getTemplateArgsMutable().add(arg);
+    expectLegal("an element twice in a collection that is not unique");
+    za::Function::create(s.model).getTemplateArgsMutable().add(arg);
+    expectLegal("an entry that outlived the containment");
+    arg.destroy();
+    expectLegal("an entry whose element is dead");
+    auto const assoc = za::Template::create(s.model);
+    s.function.setAssocTemplate(assoc);
+    assoc.destroy();
+    expectLegal("a reference to a dead element");
+    s.scope.getSymbolsMutable().genericAdd(
+        s.model.createProxy(za::Variable::metaClass(), {u"", u"nowhere", nullptr}));
+    expectLegal("a placeholder as a member");
 }

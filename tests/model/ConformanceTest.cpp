@@ -397,6 +397,9 @@ TEST(Conformance, IndicesNamesAndIdentities) {
     EXPECT_EQ(classes().size(), 72u);
     std::size_t builders = 0;
     auto const& registry = meta::MetaRegistry::getInstance();
+    EXPECT_EQ(registry.getType(u"Model"), meta::Type(Model::metaClass()));
+    EXPECT_EQ(registry.getType(u"brant.zero.meta.Class"), meta::Type(meta::Class::metaClass()));
+    EXPECT_FALSE(registry.getType(u"zelkor.ast.Nothing"));
     for (ClassTable const* table : classes()) {
         SCOPED_TRACE(table->shortName);
         meta::Class const cls = table->metaClass();

@@ -64,22 +64,6 @@ Switch const switches[] = {
 
 // ---- the value
 
-TEST(FinderOptions, SettersChangeOneFieldAndChain) {
-    for (Switch const& changed : switches) {
-        FinderOptions options;
-        EXPECT_EQ(&(options.*changed.set)(!changed.initial), &options);
-        for (Switch const& field : switches)
-            EXPECT_EQ((options.*field.get)(), field.initial != (&field == &changed))
-                << ::testing::PrintToString(std::u16string(field.name));
-        EXPECT_EQ(options.getNameResolutionStrategy(), NameFinderKind::FullyQualifiedName);
-    }
-    FinderOptions options;
-    EXPECT_EQ(&options.setNameResolutionStrategy(NameFinderKind::Signature), &options);
-    EXPECT_EQ(options.getNameResolutionStrategy(), NameFinderKind::Signature);
-    for (Switch const& field : switches)
-        EXPECT_EQ((options.*field.get)(), field.initial);
-}
-
 TEST(FinderOptions, TheFirstDifferenceDecidesTheOrder) {
     FinderOptions low;
     for (Switch const& field : switches)
@@ -127,26 +111,6 @@ TEST(FinderOptions, HashIsFixed) {
     EXPECT_EQ(valueOf({}).hash(), hash(FinderOptions()));
 }
 
-TEST(FinderOptions, TravelsAsAValue) {
-    FinderOptions const options = FinderOptions().setIncludeStdNs(true);
-    Value const value = valueOf(options);
-    EXPECT_EQ(value.getValue<FinderOptions>(), options);
-    EXPECT_TRUE(value.getValue<boost::optional<FinderOptions>>() == options);
-    EXPECT_EQ(value, valueOf(options));
-    EXPECT_FALSE(value == valueOf({}));
-    Value const absent = serializer().createEmptyOptionalValue();
-    EXPECT_EQ(absent.flags(), ValueFlags::Absent);
-    EXPECT_TRUE(absent.isEmpty());
-    EXPECT_EQ(absent.getType(), datatype());
-    EXPECT_FALSE(absent.getValue<boost::optional<FinderOptions>>());
-    EXPECT_THROW((void)absent.getValue<FinderOptions>(),
-                 MessageException<messages::CannotCastIncompatibleTypes>);
-    EXPECT_EQ(Value(ValueMeta(datatype(), ValueFlags::One)).getValue<FinderOptions>(), FinderOptions());
-    Value const number = Value::own(meta::StandardTypes::integer(), ValueFlags::One, 1);
-    EXPECT_THROW((void)number.getValue<FinderOptions>(),
-                 MessageException<messages::CannotCastIncompatibleTypes>);
-}
-
 // ---- as a record of fields
 
 TEST(FinderOptionsSerializer, ReadsAndWritesEachField) {
@@ -165,6 +129,9 @@ TEST(FinderOptionsSerializer, ReadsAndWritesEachField) {
         Value const flipped = Value::createPrimitiveValue(property, !field.initial);
         Value const changed = serializer().setPropertyValue(value, property, flipped);
         EXPECT_EQ(changed.getValue<FinderOptions>(), expected);
+        for (Switch const& other : switches)
+            EXPECT_EQ((expected.*other.get)(), other.initial != (&other == &field));
+        EXPECT_EQ(expected.getNameResolutionStrategy(), NameFinderKind::Signature);
         EXPECT_EQ(value.getValue<FinderOptions>(), options) << "the value itself stays";
         // A truth value without payload is false.
         Value const none(ValueMeta(property.getType(), ValueFlags::One));
@@ -231,15 +198,13 @@ TEST(FinderOptionsSerializer, CombinesValues) {
     Value const list = serializer().combineAsUnmanagedSequenceValue(datatype(), values);
     EXPECT_EQ(list.getValue<std::vector<FinderOptions>>(), (std::vector{a, b, a}));
     EXPECT_EQ(list.extract(), values);
-    EXPECT_FALSE(list.isManaged());
     Value const set = serializer().combineAsUnmanagedSetValue(datatype(), values);
-    EXPECT_EQ(set.getValue<std::set<FinderOptions>>(), (std::set{a, b}));
     EXPECT_EQ(set.extract(), (std::vector{valueOf(b), valueOf(a)})) << "false comes before true";
-    EXPECT_THROW((void)set.getValue<std::vector<FinderOptions>>(),
-                 MessageException<messages::CannotCastIncompatibleTypes>);
-    EXPECT_FALSE(serializer().combineAsUnmanagedSequenceValue(datatype(), {}).isEmpty());
     EXPECT_FALSE(serializer().fromOptionalValue(values[0]));
     EXPECT_EQ(serializer().toOptionalValue(values[0]), values[0]);
+    Value const absent = serializer().createEmptyOptionalValue();
+    EXPECT_EQ(absent.flags(), ValueFlags::Absent);
+    EXPECT_FALSE(absent.getValue<boost::optional<FinderOptions>>());
 }
 
 // ---- registration
@@ -272,40 +237,24 @@ TEST(Registration, TheValueTypeHasNamesAndCollections) {
     EXPECT_NE(dynamic_cast<PrimitiveSet<FinderOptions>*>(collectionOf(type, false).get()), nullptr);
 }
 
-TEST(Registration, EachEnumerationHasNamesCollectionsAndThreeTextForms) {
-    meta::MetaRegistry& registry = meta::MetaRegistry::getInstance();
+TEST(Registration, EachEnumerationHasThreeTextForms) {
     auto const& serializers = meta::PropertySerializerRegistry::getInstance();
     std::set<meta::PropertySerializer const*> different;
-    std::size_t literals = 0;
     for (meta::NamedElement const& object : za::MetaPackageZelkor_ast::getInstance().objects()) {
         meta::Enum const type = meta::Enum::cast(object);
-        if (!type) continue;
-        SCOPED_TRACE(meta::qualifiedNameUtf8(type));
-        auto const* names = registry.names(type);
-        ASSERT_NE(names, nullptr);
-        EXPECT_EQ(names->script, "internal." + meta::qualifiedNameUtf8(type));
-        EXPECT_FALSE(registry.builderFactory(type));
-        EXPECT_EQ(registry.collectionFactory(type)(nullptr, za::Function::metaClass().getProperties()[0])
-                      ->getCollectionType(),
-                  type);
-        for (char const* key : {"", "ID", "PublicID"}) {
-            meta::PropertySerializer const* const text = serializers.getPropertySerializer(type, key);
-            ASSERT_NE(text, nullptr) << key;
-            different.insert(text);
-            for (meta::EnumLiteral const& literal : type.getLiterals()) {
-                Value const value = text->parseValue(literal.getName(), type);
-                EXPECT_EQ(static_cast<std::int64_t>(*static_cast<unsigned long const*>(value.data())),
-                          literal.getValue());
-                EXPECT_EQ(text->serializeValue(value), literal.getName());
+        for (char const* key : {"", "ID", "PublicID"})
+            if (meta::PropertySerializer const* text =
+                    type ? serializers.getPropertySerializer(type, key) : nullptr) {
+                different.insert(text);
+                for (meta::EnumLiteral const& literal : type.getLiterals())
+                    EXPECT_EQ(text->serializeValue(text->parseValue(literal.getName(), type)),
+                              literal.getName());
             }
-        }
-        literals += type.getLiterals().size();
     }
     EXPECT_EQ(different.size(), 3u * 14);
-    EXPECT_EQ(literals, 89u);
-    meta::Type const kind = registry.getType(u"zelkor.ast.TemplateKind");
-    EXPECT_NE(dynamic_cast<PrimitiveSequence<za::TemplateKind>*>(collectionOf(kind, true).get()), nullptr);
-    EXPECT_NE(dynamic_cast<PrimitiveSet<za::TemplateKind>*>(collectionOf(kind, false).get()), nullptr);
+    meta::Type const kind = meta::MetaRegistry::getInstance().getType(u"zelkor.ast.TemplateKind");
+    EXPECT_EQ(collectionOf(kind, true)->getCollectionType(), kind);
+    EXPECT_EQ(collectionOf(kind, false)->getCollectionType(), kind);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // What handles and the collections behind them offer to code that compiles against them.
 
-#include "model/ModelSupport.hpp"
+#include "kernel/Stage.hpp"
 
 #include "zelkor/ast.hpp"
 
@@ -11,10 +11,11 @@
 #include <unordered_set>
 
 using namespace testmodel;
-namespace za = zelkor::ast;
 using za::types::Method;
 
 namespace {
+
+class HandleTest : public testing::Test, protected Stage {};
 
 static_assert(sizeof(ModelElement) == sizeof(void*));
 static_assert(sizeof(za::Function) == sizeof(void*) && sizeof(Method) == sizeof(void*));
@@ -40,7 +41,7 @@ static_assert(!std::is_const_v<std::remove_reference_t<decltype(za::Scope().getS
 
 } // namespace
 
-TEST(Handle, IsAValueThatStandsForItsElement) {
+TEST_F(HandleTest, IsAValueThatStandsForItsElement) {
     Model const model = newModel();
     za::Function const function = Method::create(model);
     za::Symbol const symbol = function;
@@ -56,28 +57,12 @@ TEST(Handle, IsAValueThatStandsForItsElement) {
     EXPECT_EQ(symbol.getMetaClass(), Method::metaClass());
 }
 
-TEST(Handle, EachClassHasAnObjectThatStandsForIt) {
+TEST_F(HandleTest, EachClassHasAnObjectThatStandsForIt) {
     EXPECT_EQ(&za::Function::Uuid(), &za::Function::Uuid());
     EXPECT_NE(static_cast<void const*>(&za::Function::Uuid()), static_cast<void const*>(&Method::Uuid()));
 }
 
-TEST(Handle, OperationsThatReflectionCannotCallAreRefused) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    meta::Operation onClass;
-    for (meta::Operation const& operation : za::types::Type::metaClass().getOperations())
-        if (operation.getIsStatic()) onClass = operation;
-    ASSERT_TRUE(onClass);
-    auto const type = za::types::VoidType::create(model);
-    EXPECT_EQ(failureOf([&] { type.invoke(onClass, {}); }), "InvalidValue");
-    EXPECT_EQ(failureOf([&] { function.invoke(onClass, {}); }), "InvalidValue");
-    EXPECT_EQ(failureOf([&] { function.invoke(meta::Operation(), {}); }), "InvalidValue");
-}
-
-TEST(Handle, CollectionsKeepTheirAddressAndReadingOneChangesNothing) {
-    Model const model = newModel();
-    za::Function const function = za::Function::create(model);
-    za::Variable const variable = za::Variable::create(model);
+TEST_F(HandleTest, CollectionsKeepTheirAddressAndReadingOneChangesNothing) {
     std::string const before = dump(model);
     auto const* const params = &function.getParams();
     auto const* const comments = &function.getComments();
@@ -85,11 +70,11 @@ TEST(Handle, CollectionsKeepTheirAddressAndReadingOneChangesNothing) {
         for (za::Variable const& param : function.getParams())
             ADD_FAILURE() << param.getName();
         EXPECT_EQ(function.getComments().size(), 0u);
-        EXPECT_FALSE(function.getParams().contains(variable));
+        EXPECT_FALSE(function.getParams().contains(one));
     });
     EXPECT_TRUE(changes.empty());
     EXPECT_EQ(dump(model), before);
-    function.getParamsMutable().add(variable);
+    function.getParamsMutable().add(one);
     function.getCommentsMutable().push_back(u"c");
     {
         Transaction const level = model.beginTransaction();
@@ -102,17 +87,33 @@ TEST(Handle, CollectionsKeepTheirAddressAndReadingOneChangesNothing) {
     EXPECT_EQ(params->size(), 1u);
 }
 
-TEST(Handle, BuildersTakeListsOfElements) {
-    Model const model = newModel();
-    auto const a = za::types::ClassType::create(model);
-    auto const b = za::types::StructType::create(model);
+TEST_F(HandleTest, BuildersTakeListsOfElements) {
     za::Function::Builder builder(model);
-    builder.addBefriendingAggregates({a, b}).addBefriendingAggregates(a).addComments({u"x", u"y"});
+    builder.addBefriendingAggregates({cls, type}).addBefriendingAggregates(cls).addComments({u"x", u"y"});
     za::Function const function = builder.create();
     auto const& friends = function.getBefriendingAggregates();
     ASSERT_EQ(friends.size(), 3u);
-    EXPECT_TRUE(friends[0] == a && friends[1] == b && friends[2] == a);
+    EXPECT_TRUE(friends[0] == cls && friends[1] == type && friends[2] == cls);
     EXPECT_EQ(function.getComments()[1], u"y");
     za::Function const none = builder.clearBefriendingAggregates().create();
     EXPECT_FALSE(none.hasBefriendingAggregates());
+}
+
+// That each class has the terms of its properties, the tests of the generator look at.
+TEST(QueryTerm, ASubclassHasItsOwnObjectForTheSameProperty) {
+    EXPECT_EQ(&za::Function::name(), &za::Function::name());
+    EXPECT_EQ(za::Function::name().attachment().metaClass(), za::Function::metaClass());
+    EXPECT_NE(static_cast<void const*>(&za::Function::name()), static_cast<void const*>(&za::Symbol::name()));
+    EXPECT_EQ(za::Function::name().getProperty(), za::Symbol::name().getProperty());
+    EXPECT_EQ(za::Scope::parent().getProperty(), Core::propertyOf(&za::Scope::Impl::rows[0]));
+}
+
+TEST(QueryTerm, TermsOfARunningQueryAreMembers) {
+    struct Query : query::AbstractQuery {
+    } query;
+    za::Function::Constrainables const terms({query, query::SearchClassMatchMode::ClassAndSubclasses});
+    EXPECT_EQ(&terms.query(), &query);
+    EXPECT_EQ(terms.queriedClass(), za::Function::metaClass());
+    EXPECT_EQ(&terms.Scope.attachment().query(), &terms);
+    EXPECT_EQ(terms.Name.getProperty(), za::Function::name().getProperty());
 }

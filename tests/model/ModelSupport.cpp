@@ -10,6 +10,7 @@
 #include "zelkor/ast/MetaPackageZelkor_ast.hpp"
 
 #include <algorithm>
+#include <limits>
 #include <sstream>
 #include <stdexcept>
 
@@ -98,9 +99,10 @@ Value sampleValue(PropertyRow const& row, unsigned variant) {
     case ValueKind::Boolean:
         return Value::createPrimitiveValue(property, (row.defaultBits == 0) == (variant % 2 == 0));
     case ValueKind::Integer:
-        return Value::createPrimitiveValue(property, -7 - static_cast<int>(variant));
+        return Value::createPrimitiveValue(property,
+                                           std::numeric_limits<int>::min() + static_cast<int>(variant));
     case ValueKind::UnlimitedNatural:
-        return Value::createPrimitiveValue(property, 4000000007u + variant);
+        return Value::createPrimitiveValue(property, 4294967295u - variant);
     case ValueKind::Integer64:
         return Value::createPrimitiveValue(property, -9000000000000000007l - static_cast<long>(variant));
     case ValueKind::UInteger64:
@@ -108,10 +110,12 @@ Value sampleValue(PropertyRow const& row, unsigned variant) {
     case ValueKind::Real:
         return Value::createPrimitiveValue(property, 0.1 + variant);
     case ValueKind::StdString:
-        return Value::createPrimitiveValue(property, " text <&> \"" + std::to_string(variant));
-    case ValueKind::String:
         return Value::createPrimitiveValue(property,
-                                           std::u16string(u"wide \u20ac ") + char16_t(u'a' + variant));
+                                           " name<T&&>, \"x\" \\ ]]> \xc3\xa9" + std::to_string(variant));
+    case ValueKind::String:
+        return Value::createPrimitiveValue(
+            property,
+            std::u16string(u"wide \u20ac \uFFFD \U0001F600 <&> \"x\" \\ \t\r\n") + char16_t(u'a' + variant));
     default:
         return enumerationValue(property, row, variant);
     }

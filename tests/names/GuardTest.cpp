@@ -172,42 +172,6 @@ TEST(Sharing, DoesNotSpellExponentialTexts) {
     EXPECT_LT(print(type).size(), std::size_t{5} << 20);
 }
 
-TEST(Reflection, CallsTheOperations) {
-    Maker m;
-    using brant::zero::Value;
-    namespace meta = brant::zero::meta;
-    auto const operation = [](meta::Class const& owner, std::u16string const& name) {
-        for (meta::Operation const& candidate : owner.getOperations())
-            if (candidate.getName() == name) return candidate;
-        return meta::Operation();
-    };
-    auto const space = m.space("ns");
-    auto const function = m.declare("f", m.integer(), {}, space);
-    auto const argument = m.typeArgument(m.param("T"));
-    auto const qualified = operation(za::Symbol::metaClass(), u"getFullyQualifiedName");
-    auto const signature = operation(za::Symbol::metaClass(), u"generateSignature");
-    auto const ofArgument = operation(za::TemplateArg::metaClass(), u"getFullyQualifiedName");
-    auto const print = operation(zt::Type::metaClass(), u"generateTypeName");
-    ASSERT_TRUE(qualified && signature && ofArgument && print);
-
-    auto const text = [](Value const& value) { return value.getValue<std::string>(); };
-    EXPECT_EQ(text(function.invoke(qualified, {})), "ns::f");
-    EXPECT_EQ(text(function.invoke(signature, {})), "int ns::f(void)");
-    EXPECT_EQ(text(space.invoke(operation(za::Scope::metaClass(), u"getFullyQualifiedName"), {})), "ns");
-    auto const yes =
-        Value::own<bool>(ofArgument.getArguments()[0].getType(), brant::zero::ValueFlags::One, true);
-    auto const word = function.invoke(qualified, {});
-    EXPECT_EQ(text(argument.invoke(ofArgument, {yes})), "typename ... T");
-
-    EXPECT_ANY_THROW(argument.invoke(ofArgument, {}));
-    EXPECT_ANY_THROW(argument.invoke(ofArgument, {yes, yes}));
-    EXPECT_ANY_THROW(argument.invoke(ofArgument, {word})) << "a text is no truth value";
-    EXPECT_ANY_THROW(argument.invoke(qualified, {})) << "an argument is no symbol";
-    EXPECT_ANY_THROW(function.invoke({}, {}));
-    EXPECT_ANY_THROW(m.integer().invoke(print, {}));
-    EXPECT_ANY_THROW(m.integer().invoke(print, {word, word, yes})) << "static operations are not invoked";
-}
-
 // Text of what is not there would be wrong, so the kernel's refusal to open a placeholder passes through.
 TEST(Placeholders, ThatDoNotResolveAreReported) {
     Maker m;

@@ -31,6 +31,12 @@ fs::path TemporaryDirectory::write(std::string const& name, std::string_view tex
     return file;
 }
 
+void WrittenProject::add(std::string const& file, std::string_view text,
+                         std::vector<std::string> const& options) {
+    directory.write(file, text);
+    if (file.find(".h") == std::string::npos) facts.add(parse(file, options, directory.path()));
+}
+
 UnitFacts parse(std::string const& file, std::vector<std::string> const& options, fs::path const& directory) {
     bool const isC = fs::path(file).extension() == ".c";
     CompileCommand command;
@@ -153,20 +159,72 @@ std::string constantText(ConstantFact const& constant) {
     return isAggregate ? text + "}" : text;
 }
 
-std::string flagText(FunctionFacts const& facts) {
-    std::pair<bool, char const*> const flags[] = {{facts.isCompilerGenerated, "generated"},
-                                                  {facts.isInline, "inline"},
-                                                  {facts.isVariadic, "variadic"},
-                                                  {facts.isDeleted, "deleted"},
-                                                  {facts.isDefinedInFriend, "friend"},
-                                                  {facts.isVirtual, "virtual"},
-                                                  {facts.isAbstract, "abstract"},
-                                                  {facts.isFinal, "final"},
-                                                  {facts.isThisConst, "const"}};
-    std::string text;
-    for (auto const& [isSet, name] : flags) {
-        if (isSet) text += text.empty() ? name : std::string(" ") + name;
+namespace {
+
+Flags functionWords(FunctionFacts const& facts) {
+    static constexpr char const* special[] = {"",           "constructor",  "copy constructor", "destructor",
+                                              "conversion", "udl operator", "operator"};
+    return {{facts.optionalParameters > 0, std::to_string(facts.optionalParameters) + " optional"},
+            {facts.isCompilerGenerated, "generated"},
+            {facts.isInline, "inline"},
+            {facts.isVariadic, "variadic"},
+            {facts.isDeleted, "deleted"},
+            {facts.isDefinedInFriend, "friend"},
+            {facts.isVirtual, "virtual"},
+            {facts.isAbstract, "abstract"},
+            {facts.isFinal, "final"},
+            {facts.isThisConst, "const"},
+            {facts.special != SpecialFunction::None, special[static_cast<std::size_t>(facts.special)]}};
+}
+
+Flags variableWords(VariableFacts const& facts) {
+    return {
+        {facts.bits.has_value(), "bits " + std::to_string(facts.bits.value_or(0))},
+        {facts.isMutable, "mutable"},
+        {facts.initialiser.has_value(), "= " + (facts.initialiser ? constantText(*facts.initialiser) : "")}};
+}
+
+Flags recordWords(UnitFacts const& facts, RecordFacts const& record) {
+    static constexpr char const* access[] = {"", "public ", "protected ", "private "};
+    Flags words;
+    for (BaseFact const& base : record.bases)
+        words.emplace_back(true, std::string(": ") + (base.isVirtual ? "virtual " : "") +
+                                     access[static_cast<std::size_t>(base.access)] +
+                                     typeText(facts, base.type));
+    Flags const flags = {{record.isFinal, "final"},
+                         {record.isAbstract, "abstract"},
+                         {record.isEmpty, "empty"},
+                         {record.needsConstructor, "needs constructor"},
+                         {record.needsCopyConstructor, "needs copy constructor"}};
+    words.insert(words.end(), flags.begin(), flags.end());
+    return words;
+}
+
+} // namespace
+
+std::string factText(UnitFacts const& facts, Entity const& entity) {
+    static constexpr char const* storages[] = {"", "extern", "static", "auto", "register"};
+    static constexpr char const* linkages[] = {"", "internal", "C", "C++"};
+    static constexpr char const* accesses[] = {"", "public", "protected", "private"};
+    Flags words = {{!entity.type.is_nil(), typeText(facts, entity.type)},
+                   {entity.storage != StorageClass::None, storages[static_cast<std::size_t>(entity.storage)]},
+                   {entity.linkage != Linkage::None, linkages[static_cast<std::size_t>(entity.linkage)]},
+                   {entity.access != Access::None, accesses[static_cast<std::size_t>(entity.access)]}};
+    Flags more;
+    if (FunctionFacts const* const function = entity.as<FunctionFacts>()) more = functionWords(*function);
+    if (VariableFacts const* const variable = entity.as<VariableFacts>()) more = variableWords(*variable);
+    if (RecordFacts const* const record = entity.as<RecordFacts>()) {
+        more = recordWords(facts, *record);
+        more.emplace_back(!entity.isDefined, "not defined");
     }
+    words.insert(words.end(), more.begin(), more.end());
+    return wordsOf(words);
+}
+
+std::string wordsOf(Flags const& flags) {
+    std::string text;
+    for (auto const& [isSet, word] : flags)
+        if (isSet) text += (text.empty() ? "" : " ") + word;
     return text;
 }
 

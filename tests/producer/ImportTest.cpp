@@ -1,13 +1,13 @@
 // Whole imports into a model.
 #include "FactsSupport.hpp"
-#include "ImportSupport.hpp"
+#include "ImportCheck.hpp"
 #include "ModelIndex.hpp"
 
 #include <zelkor/ast/io.hpp>
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <sstream>
 
 namespace zelkor::producer::test {
 namespace {
@@ -36,6 +36,12 @@ class Import : public ::testing::Test {
                          commandFor("templates.cpp"), commandFor("configured.cpp")});
     }
 
+    ImportOptions optionsOf(std::filesystem::path const& path) {
+        ImportOptions options;
+        options.database = path.string();
+        return options;
+    }
+
     TemporaryDirectory directory_;
 };
 
@@ -56,8 +62,23 @@ TEST_F(Import, AgreesWithTheFrontEndAndWithItself) {
 }
 
 TEST_F(Import, EveryClassOfTheProducerIsReached) {
+    std::istringstream classes(R"(
+        Comment Function Macro Namespace Project Scope Template TemplateArg Variable
+        codeinsight.CodeInsight codeinsight.FunInfo codeinsight.FunctionInfo codeinsight.MacroInfo
+        codeinsight.PtrInfo codeinsight.TypeInfo codeinsight.VariableInfo
+        constants.AddressConstant constants.AggregateConstant constants.DesignatorConstant
+        constants.DynamicInitConstant constants.FloatConstant constants.InitRepeatConstant
+        constants.IntegerConstant constants.PointerToMemberConstant constants.StringConstant
+        constants.TemplateParamConstant
+        source.CompilationUnit source.SourceFile source.SourcePosition source.SourceRange
+        types.ArrayType types.BaseClass types.BooleanType types.ClassType types.EnumType
+        types.FloatType types.FunctionType types.IntegerType types.LValueReferenceType
+        types.Member types.Method types.OpaqueType types.PointerToMemberType types.PointerType
+        types.QualifiedType types.RValueReferenceType types.StructType types.TemplateParamType
+        types.TypeAttrType types.TypeOpType types.TypedefType types.UnionType types.VectorType
+        types.VoidType)");
     Imported const imported = import(wholeProject(), 2);
-    for (std::string const& name : producedClasses()) {
+    for (std::string name; classes >> name;) {
         auto const found = imported.result.created.find(name);
         EXPECT_TRUE(found != imported.result.created.end() && found->second > 0) << name;
     }
@@ -108,8 +129,7 @@ TEST_F(Import, InsightIsAsMuchAsIsAskedFor) {
     std::filesystem::path const path = database({commandFor("uses.cpp"), commandFor("uses.c", "-std=gnu11")});
     for (Insight const level : {Insight::None, Insight::Direct, Insight::Transitive}) {
         za::Ast ast;
-        ImportOptions options;
-        options.database = path.string();
+        ImportOptions options = optionsOf(path);
         options.jobs = 1;
         options.insight = level;
         ImportResult result = importProject(ast, options);
@@ -145,8 +165,7 @@ TEST_F(Import, CancellingLeavesTheModelAsItWas) {
     for (std::size_t after : {0U, 1U, 2U}) {
         za::Ast ast;
         std::atomic<bool> cancelled = after == 0;
-        ImportOptions options;
-        options.database = path.string();
+        ImportOptions options = optionsOf(path);
         options.jobs = 2;
         options.cancelled = &cancelled;
         options.progress = [&](ImportProgress const& progress) { cancelled = progress.unitsDone >= after; };
@@ -159,8 +178,7 @@ TEST_F(Import, CancellingLeavesTheModelAsItWas) {
 
 TEST_F(Import, WhatProgressThrowsArrivesAndLeavesNothing) {
     za::Ast ast;
-    ImportOptions options;
-    options.database = wholeProject().string();
+    ImportOptions options = optionsOf(wholeProject());
     options.progress = [](ImportProgress const& progress) {
         if (progress.unitsDone == 2) throw std::runtime_error("enough");
     };
@@ -170,8 +188,7 @@ TEST_F(Import, WhatProgressThrowsArrivesAndLeavesNothing) {
 
 TEST_F(Import, ProgressCountsEachUnitOnceInOrder) {
     za::Ast ast;
-    ImportOptions options;
-    options.database = wholeProject().string();
+    ImportOptions options = optionsOf(wholeProject());
     std::vector<std::string> files;
     options.progress = [&](ImportProgress const& progress) {
         files.push_back(progress.file);
@@ -186,8 +203,7 @@ TEST_F(Import, ProgressCountsEachUnitOnceInOrder) {
 TEST_F(Import, AModelThatHoldsSomethingIsRefused) {
     za::Ast ast;
     za::Project::create(ast.getModel());
-    ImportOptions options;
-    options.database = wholeProject().string();
+    ImportOptions options = optionsOf(wholeProject());
     EXPECT_THROW(importProject(ast, options), ImportError);
     EXPECT_EQ(ast.getModel().size(), 1U);
 }

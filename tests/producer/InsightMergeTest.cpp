@@ -1,6 +1,5 @@
 // Uses of many units as those of one project, and what follows from them.
 #include "FactsSupport.hpp"
-#include "Merge.hpp"
 #include "UseIndex.hpp"
 
 #include <gtest/gtest.h>
@@ -12,16 +11,10 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-struct Project {
-    TemporaryDirectory directory;
-    ProjectFacts facts;
+struct Project : WrittenProject {
     std::map<Id, std::string> names;
     std::map<std::string, Id> ids;
 
-    void add(std::string const& file, std::string const& text, std::vector<std::string> const& options = {}) {
-        directory.write(file, text);
-        if (!file.ends_with(".h")) facts.add(parse(file, options, directory.path()));
-    }
     void index() {
         for (MergedEntity const* const merged : facts.entities()) {
             names[merged->facts.id] = merged->facts.name;

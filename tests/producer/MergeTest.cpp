@@ -73,16 +73,14 @@ TEST(Merge, TheDefinitionDecidesWhereAnEntityStands) {
 }
 
 TEST(Merge, HeadersUnderDifferentMacrosAreVariants) {
-    TemporaryDirectory const directory;
-    directory.write(
-        "h.h", "struct S {\n#ifdef X\nint x;\n#endif\nint y;\n};\ninline int f() {\n#ifdef X\nint l = 1;\n"
-               "#endif\nreturn 0; }\nenum E { A,\n#ifdef X\nB,\n#endif\n};\n");
-    directory.write("a.cpp", "#include \"h.h\"\n");
-    directory.write("b.cpp", "#define X\n#include \"h.h\"\n");
-    ProjectFacts facts;
-    facts.add(parse("a.cpp", {}, directory.path()));
-    facts.add(parse("b.cpp", {}, directory.path()));
-    facts.add(parse("b.cpp", {}, directory.path()));
+    WrittenProject project;
+    project.add("h.h",
+                "struct S {\n#ifdef X\nint x;\n#endif\nint y;\n};\ninline int f() {\n#ifdef X\nint l = 1;\n"
+                "#endif\nreturn 0; }\nenum E { A,\n#ifdef X\nB,\n#endif\n};\n");
+    project.add("a.cpp", "#include \"h.h\"\n");
+    project.add("b.cpp", "#define X\n#include \"h.h\"\n");
+    project.facts.add(parse("b.cpp", {}, project.directory.path()));
+    ProjectFacts& facts = project.facts;
     EXPECT_EQ(facts.variants().size(), 3U) << "each once, however many units see it";
     std::map<std::string, std::string> reasons;
     for (Variant const& variant : facts.variants())
@@ -96,14 +94,14 @@ TEST(Merge, HeadersUnderDifferentMacrosAreVariants) {
 }
 
 TEST(Merge, SpecialisationsThatDifferInConstraintsStayApart) {
-    TemporaryDirectory const directory;
-    directory.write(
+    WrittenProject project;
+    project.add(
         "a.cpp",
         "template <class T> concept A = sizeof(T) == 1;\ntemplate <class T> concept B = sizeof(T) == 2;\n"
         "template <class T> struct S {};\ntemplate <A T> struct S<T> { int a; };\n"
-        "template <B T> struct S<T> { int b; };\n");
-    ProjectFacts facts;
-    facts.add(parse("a.cpp", {"-std=c++20"}, directory.path()));
+        "template <B T> struct S<T> { int b; };\n",
+        {"-std=c++20"});
+    ProjectFacts& facts = project.facts;
     EXPECT_EQ(countMerged(facts, EntityKind::Template, "S"), 3U);
     EXPECT_EQ(countMerged(facts, EntityKind::Struct, "S"), 3U);
     EXPECT_EQ(countMerged(facts, EntityKind::Member, "a"), 1U);
@@ -111,12 +109,10 @@ TEST(Merge, SpecialisationsThatDifferInConstraintsStayApart) {
 }
 
 TEST(Merge, RepeatedTypedefsAreNoVariants) {
-    TemporaryDirectory const directory;
-    directory.write("a.c", "typedef struct node node;\nnode *first;\n");
-    directory.write("b.c", "struct node { int v; };\ntypedef struct node node;\nnode second;\n");
-    ProjectFacts facts;
-    facts.add(parse("a.c", {}, directory.path()));
-    facts.add(parse("b.c", {}, directory.path()));
+    WrittenProject project;
+    project.add("a.c", "typedef struct node node;\nnode *first;\n");
+    project.add("b.c", "struct node { int v; };\ntypedef struct node node;\nnode second;\n");
+    ProjectFacts& facts = project.facts;
     EXPECT_TRUE(facts.variants().empty());
     MergedEntity const* const node = findMerged(facts, EntityKind::Struct, "node");
     ASSERT_NE(node, nullptr);
@@ -125,13 +121,11 @@ TEST(Merge, RepeatedTypedefsAreNoVariants) {
 }
 
 TEST(Merge, TentativeDefinitionsGiveWay) {
-    TemporaryDirectory const directory;
-    directory.write("h.h", "int shared;\n");
-    directory.write("a.c", "#include \"h.h\"\nint once;\nint once = 1;\nint twice;\nint twice;\n");
-    directory.write("b.c", "#include \"h.h\"\nint user(void) { return shared; }\nint twice = 2;\n");
-    ProjectFacts facts;
-    facts.add(parse("a.c", {}, directory.path()));
-    facts.add(parse("b.c", {}, directory.path()));
+    WrittenProject project;
+    project.add("h.h", "int shared;\n");
+    project.add("a.c", "#include \"h.h\"\nint once;\nint once = 1;\nint twice;\nint twice;\n");
+    project.add("b.c", "#include \"h.h\"\nint user(void) { return shared; }\nint twice = 2;\n");
+    ProjectFacts& facts = project.facts;
     EXPECT_TRUE(facts.variants().empty());
     struct Row {
         char const* name;
@@ -163,15 +157,13 @@ TEST(Merge, TheFirstReadableUnitGivesTheTarget) {
 }
 
 TEST(Merge, FilesUniteTheirFlagsAndIncludes) {
-    TemporaryDirectory const directory;
-    directory.write("one.h", "");
-    directory.write("two.h", "");
-    directory.write("both.h", "#ifdef X\n#include \"one.h\"\n#else\n#include <two.h>\n#endif\n");
-    directory.write("a.c", "#include \"both.h\"\n");
-    directory.write("b.c", "#define X\n#include <both.h>\n");
-    ProjectFacts facts;
-    facts.add(parse("a.c", {"-I."}, directory.path()));
-    facts.add(parse("b.c", {"-I."}, directory.path()));
+    WrittenProject project;
+    project.add("one.h", "");
+    project.add("two.h", "");
+    project.add("both.h", "#ifdef X\n#include \"one.h\"\n#else\n#include <two.h>\n#endif\n");
+    project.add("a.c", "#include \"both.h\"\n", {"-I."});
+    project.add("b.c", "#define X\n#include <both.h>\n", {"-I."});
+    ProjectFacts& facts = project.facts;
     FileFact const* both = nullptr;
     for (FileFact const& file : facts.files()) {
         if (file.path == "both.h") both = &file;

@@ -26,22 +26,23 @@ TEST(PreprocessorFacts, FilesAndTheirFlags) {
     struct Row {
         char const* path;
         char const* writtenName;
-        bool inProject, isInclude, isSystemSyntax, isPreinclude, isSystem, isTopLevel;
+        char const* flags;
     };
-    for (Row const& row :
-         {Row{"first.cpp", "", true, false, false, false, false, true},
-          Row{"include/shapes.hpp", "include/shapes.hpp", true, true, false, false, false, false},
-          Row{"include/plain.h", "include/plain.h", true, true, false, true, false, false},
-          Row{"/c++/12/vector", "vector", false, true, true, false, true, false}}) {
+    for (Row const& row : {Row{"first.cpp", "", "project top"},
+                           Row{"include/shapes.hpp", "include/shapes.hpp", "project include"},
+                           Row{"include/plain.h", "include/plain.h", "project include preinclude"},
+                           Row{"/c++/12/vector", "vector", "include syntax system"}}) {
         FileFact const* const file = findFile(facts, row.path);
         ASSERT_NE(file, nullptr) << row.path;
         EXPECT_EQ(file->writtenName, row.writtenName) << row.path;
-        EXPECT_EQ(file->inProject, row.inProject) << row.path;
-        EXPECT_EQ(file->isInclude, row.isInclude) << row.path;
-        EXPECT_EQ(file->isSystemSyntax, row.isSystemSyntax) << row.path;
-        EXPECT_EQ(file->isPreinclude, row.isPreinclude) << row.path;
-        EXPECT_EQ(file->isFromSystemDirectory, row.isSystem) << row.path;
-        EXPECT_EQ(file->isTopLevel, row.isTopLevel) << row.path;
+        EXPECT_EQ(wordsOf({{file->inProject, "project"},
+                           {file->isInclude, "include"},
+                           {file->isSystemSyntax, "syntax"},
+                           {file->isPreinclude, "preinclude"},
+                           {file->isFromSystemDirectory, "system"},
+                           {file->isTopLevel, "top"}}),
+                  row.flags)
+            << row.path;
     }
     EXPECT_EQ(facts.files.front().path, "first.cpp");
     FileFact const& main = facts.files.front();
@@ -56,26 +57,25 @@ TEST(PreprocessorFacts, Macros) {
     struct Row {
         char const* name;
         char const* text;
-        bool isUndef, isCommandLine, isPredefined, isReferenced;
+        std::string flags;
         unsigned line; // 0: none
     };
     for (Row const& row :
-         {Row{"SHAPE_LIMIT", "10", false, false, false, true, 7},
-          Row{"SQUARE", "(x) ((x) * (x))", false, false, false, true, 8},
-          Row{"TWO_LINES", "1 + 2", false, false, false, false, 9},
-          Row{"PLAIN_H", "", false, false, false, false, 2},
-          Row{"SHAPE_LIMIT", "", true, false, false, false, 4},
-          Row{"GIVEN", "7", false, true, false, false, 0}, Row{"SPACED", "1", false, true, false, false, 0},
-          Row{"REMOVED", "", true, true, false, false, 0},
-          Row{"__cplusplus", "201703L", false, false, true, true, 0}, // by an #ifdef
-          Row{"__STDC_HOSTED__", "1", false, false, true, false, 0},
-          Row{"__LINE__", "", false, false, true, true, 0}}) {
-        MacroFact const* const macro = findMacro(facts, row.name, row.isUndef);
+         {Row{"SHAPE_LIMIT", "10", "used", 7}, Row{"SQUARE", "(x) ((x) * (x))", "used", 8},
+          Row{"TWO_LINES", "1 + 2", "", 9}, Row{"PLAIN_H", "", "", 2}, Row{"SHAPE_LIMIT", "", "undef", 4},
+          Row{"GIVEN", "7", "command", 0}, Row{"SPACED", "1", "command", 0},
+          Row{"REMOVED", "", "undef command", 0},
+          Row{"__cplusplus", "201703L", "predefined used", 0}, // by an #ifdef
+          Row{"__STDC_HOSTED__", "1", "predefined", 0}, Row{"__LINE__", "", "predefined used", 0}}) {
+        MacroFact const* const macro = findMacro(facts, row.name, row.flags.starts_with("undef"));
         ASSERT_NE(macro, nullptr) << row.name;
         EXPECT_EQ(macro->text, row.text) << row.name;
-        EXPECT_EQ(macro->isCommandLine, row.isCommandLine) << row.name;
-        EXPECT_EQ(macro->isPredefined, row.isPredefined) << row.name;
-        EXPECT_EQ(macro->isReferenced, row.isReferenced) << row.name;
+        EXPECT_EQ(wordsOf({{macro->isUndef, "undef"},
+                           {macro->isCommandLine, "command"},
+                           {macro->isPredefined, "predefined"},
+                           {macro->isReferenced, "used"}}),
+                  row.flags)
+            << row.name;
         EXPECT_EQ(macro->position ? macro->position->line : 0, row.line) << row.name;
     }
     EXPECT_EQ(findMacro(facts, "_GLIBCXX_VECTOR"), nullptr)

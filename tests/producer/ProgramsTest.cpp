@@ -1,6 +1,5 @@
 // Definitions of one name in several programs of one database.
 #include "FactsSupport.hpp"
-#include "Merge.hpp"
 
 #include <gtest/gtest.h>
 
@@ -11,16 +10,10 @@ namespace zelkor::producer::test {
 namespace {
 
 // Entities as "name@file of the definition", and their uses by these names.
-struct Project {
-    TemporaryDirectory directory;
-    ProjectFacts facts;
+struct Project : WrittenProject {
     std::map<Id, std::string> names;
     std::map<std::string, MergedEntity const*> entities;
 
-    void add(std::string const& file, std::string const& text, std::vector<std::string> const& options = {}) {
-        directory.write(file, text);
-        if (!file.ends_with(".h")) facts.add(parse(file, options, directory.path()));
-    }
     void index() {
         for (MergedEntity const* const merged : facts.entities()) {
             Entity const& entity = merged->facts;

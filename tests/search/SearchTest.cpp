@@ -114,20 +114,6 @@ TEST(Search, FindsByClassAndNameAsTheOptionsSay) {
     }
 }
 
-TEST(Search, SkipsStdEvenWhereItStarts) {
-    Sample s;
-    s.define(s.vector, s.user);
-    s.define(s.make<zt::ClassType>("inner", s.space("detail", s.std)), s.user);
-    EXPECT_EQ(namesOf(s.std.findSymbolByMetaClass(types(), {})), "");
-    EXPECT_EQ(namesOf(s.std.findSymbolByMetaClass(types(), FinderOptions().setIncludeStdNs(true))),
-              "std::vector std::detail::inner ");
-    // The flag tells, not the name.
-    s.std.setIsStd(false);
-    EXPECT_EQ(namesOf(s.std.findSymbolByMetaClass(types(), {})), "std::vector std::detail::inner ");
-    s.ns.setIsStd(true);
-    EXPECT_EQ(s.find(types()), "std::vector std::detail::inner ");
-}
-
 TEST(Search, KnowsSystemHeadersByTheDefinitionOnly) {
     struct Case {
         char const* what;
@@ -153,76 +139,6 @@ TEST(Search, KnowsSystemHeadersByTheDefinitionOnly) {
         EXPECT_EQ(s.find(symbols(), FinderOptions().setIncludeSystemHeaders(true)), "ns::f ns::C ns::C::E ")
             << c.what;
     }
-}
-
-TEST(Search, EntersTheScopesOfTemplatesAndAggregatesOnly) {
-    Sample s;
-    auto const made = s.define(s.make<za::Template>("Box", s.unit), s.user);
-    s.define(s.make<zt::ClassType>("Box", s.inside(made)), s.user);
-    s.define(s.make<za::Variable>("local", s.inside(s.f)), s.user);
-    EXPECT_EQ(s.find(symbols()), "Box ns::f ns::C ns::C::E ");
-    auto const inTemplates = FinderOptions().setIncludeTemplateScope(true);
-    EXPECT_EQ(s.find(symbols(), inTemplates), "Box Box::Box ns::f ns::C ns::C::E ");
-    // Only namespaces are sub scopes.
-    EXPECT_EQ(s.find(symbols(), FinderOptions(inTemplates).setIncludeSubScopes(false)), "Box Box::Box ");
-    EXPECT_EQ(namesOf(s.ns.findSymbolByMetaClass(symbols(), FinderOptions().setIncludeSubScopes(false))),
-              "ns::f ns::C ns::C::E ");
-    // A symbol that is not taken is entered all the same.
-    EXPECT_EQ(s.find(zt::EnumType::metaClass()), "ns::C::E ");
-    EXPECT_EQ(s.find(symbols(), everywhere(), "local"), "");
-}
-
-TEST(Search, KeepsStoredOrderInsidesInline) {
-    Sample s;
-    auto const add = [&](std::string const& name, za::Scope const& scope) {
-        return s.define(s.make<zt::ClassType>(name, scope), s.user);
-    };
-    auto const b = add("B", s.unit);
-    auto const a = add("A", s.unit);
-    add("Z", s.inside(b));
-    add("Y", s.inside(b));
-    add("B", s.inside(a));
-    add("first", s.space("zz", s.unit));
-    add("last", s.space("aa", s.unit));
-    EXPECT_EQ(s.find(types()), "B B::Z B::Y A A::B ns::C ns::C::E zz::first aa::last ");
-    EXPECT_EQ(s.find(types(), by(NameFinderKind::Name), "B"), "B A::B ");
-}
-
-TEST(Search, ComparesBytesOfNamesThatLookLikeOthers) {
-    struct Case {
-        char const* name;
-        std::vector<std::string> others;
-    };
-    testnames::Maker m;
-    za::Scope const unit = m.root();
-    za::Namespace const ns = m.space("ns", unit);
-    auto const box = m.with(m.make<zt::ClassType>("Box", ns), {m.typeArgument(m.integer())});
-    m.make<zt::EnumType>("", m.inside(box));
-    m.declare("operator>", {}, {}, ns);
-    m.declare("operator->", {}, {}, ns);
-    m.declare("operator<", m.integer(), {m.variable("n", m.integer())}, ns);
-    auto const compare = m.with(m.declare("compare", {}, {}, ns), {m.typeArgument(box)});
-    m.make<za::Variable>("x", m.space("", ns));
-    m.make<za::Variable>("x", m.block(ns));
-    auto const made = m.make<za::Template>("Other", ns);
-    made.setProtoTypeInstantiation(compare);
-    for (char const* name : {"ns::Box<int>", "ns::Box<int>::#unnamed#", "ns::operator>", "ns::operator->",
-                             "ns::operator<", "ns::compare<ns::Box<int>>", "ns::::x", "x"}) {
-        Question const question{unit, symbols(), name, everywhere()};
-        EXPECT_GE(search(question).size(), 1u) << name;
-        EXPECT_EQ(search(question), plainSearch(question)) << name;
-        for (za::Symbol const& symbol : search(question))
-            EXPECT_EQ(symbol.getFullyQualifiedName(), name);
-    }
-    for (char const* name : {"ns::Box", "Box<int>", "ns::Other", "ns::operator", "ns::compare",
-                             "s::operator>", "ns::Box<int>>", "::x", "ns::x", "#unnamed#", ">", "<"})
-        EXPECT_EQ(namesOf(search({unit, symbols(), name, everywhere()})), "") << name;
-    // The template and the function that stands for it.
-    Question question{unit, symbols(), "ns::compare<ns::Box<int>>", everywhere()};
-    EXPECT_EQ(search(question).size(), 2u);
-    question.options.setNameResolutionStrategy(NameFinderKind::Signature);
-    question.name = "int ns::operator<(int n)";
-    EXPECT_EQ(namesOf(search(question)), "ns::operator< ");
 }
 
 TEST(Search, TakesAPlaceholderForWhatItSaysOfItself) {
@@ -292,21 +208,6 @@ TEST_F(SearchByReflection, GivesWhatTheTypedCallGives) {
         Value const none = scope.invoke(byName, {classValue(functions()), text("f"), optionsValue({})});
         EXPECT_EQ(none.getValue<std::vector<za::Symbol>>().size(), 0u);
     }
-}
-
-TEST_F(SearchByReflection, ChecksItsArguments) {
-    meta::Operation const byName = operation("findSymbolByMetaClassAndName");
-    Value const wanted = classValue(functions());
-    Value const options = optionsValue({});
-    EXPECT_EQ(byName.getArguments().size(), 3u);
-    for (auto const& [arguments, failure] : std::vector<std::pair<std::vector<Value>, std::string>>{
-             {{wanted, text("f")}, "InvalidValue"},
-             {{wanted, text("f"), options, options}, "InvalidValue"},
-             {{text("f"), text("f"), options}, "CannotCastIncompatibleTypes"},
-             {{wanted, wanted, options}, "CannotCastIncompatibleTypes"},
-             {{wanted, text("f"), text("f")}, "CannotCastIncompatibleTypes"}})
-        EXPECT_EQ(testmodel::failureOf([&, &given = arguments] { (void)s.unit.invoke(byName, given); }),
-                  failure);
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
+#include <sstream>
 
 namespace za = zelkor::ast;
 namespace zi = zelkor::ast::codeinsight;
@@ -12,14 +12,6 @@ namespace zs = zelkor::ast::source;
 namespace zt = zelkor::ast::types;
 
 namespace {
-
-/// A position in words: the file (`c` the main file, `h` a header, `H` another record of the header's path
-/// that is no header, `-` no file), line and column.
-struct Where {
-    char file;
-    unsigned line;
-    unsigned col;
-};
 
 class Insight : public testing::Test {
   protected:
@@ -29,17 +21,19 @@ class Insight : public testing::Test {
         file.setIsInclude(isInclude);
         return file;
     }
-    zs::SourcePosition position(Where const& where) {
+    /// A position in words: the file (`c` the main file, `h` a header, `H` another record of the header's
+    /// path that is no header, `-` no file), line and column.
+    zs::SourcePosition position(std::string const& where) {
         zs::SourcePosition const made = zs::SourcePosition::create(model);
-        made.setLine(where.line);
-        made.setCol(where.col);
-        if (where.file != '-') made.setFile(where.file == 'c' ? source : where.file == 'h' ? header : twin);
+        made.setLine(static_cast<unsigned>(where.at(1) - '0'));
+        made.setCol(static_cast<unsigned>(where.at(3) - '0'));
+        if (where[0] != '-') made.setFile(where[0] == 'c' ? source : where[0] == 'h' ? header : twin);
         return made;
     }
-    void place(zs::LocatedObject const& object, std::optional<Where> const& definition,
-               std::vector<Where> const& declarations) {
-        if (definition) object.setDefPos(position(*definition));
-        for (Where const& where : declarations)
+    void place(zs::LocatedObject const& object, std::string const& definition, char const* declarations) {
+        if (!definition.empty()) object.setDefPos(position(definition));
+        std::istringstream words(declarations);
+        for (std::string where; words >> where;)
             object.getDeclPosMutable().add(position(where));
     }
 
@@ -51,21 +45,23 @@ class Insight : public testing::Test {
     zs::SourceFile twin = makeFile(u"a.c", false);
 };
 
-/// IsDefined, IsDefinedInHeader, IsDeclared, IsDeclaredInHeader.
-using Answers = std::array<bool, 4>;
-
+/// \returns which of IsDefined, IsDefinedInHeader, IsDeclared, IsDeclaredInHeader are true.
 template <class Info>
-Answers answers(Info const& info) {
-    return {info.getIsDefined(), info.getIsDefinedInHeader(), info.getIsDeclared(),
-            info.getIsDeclaredInHeader()};
+std::string answers(Info const& info) {
+    std::string text;
+    for (auto const& [isTrue, letter] :
+         {std::pair(info.getIsDefined(), 'D'), std::pair(info.getIsDefinedInHeader(), 'h'),
+          std::pair(info.getIsDeclared(), 'd'), std::pair(info.getIsDeclaredInHeader(), 'h')})
+        text += isTrue ? letter : '.';
+    return text;
 }
 
 struct Row {
     char const* what;
     bool flag; ///< of a function: stored IsDefined; of a type: IsIncomplete; of a variable: extern
-    std::optional<Where> definition;
-    std::vector<Where> declarations;
-    Answers expected;
+    char const* definition;
+    char const* declarations;
+    char const* expected;
 };
 
 constexpr bool T = true;
@@ -75,59 +71,49 @@ constexpr bool F = false;
 
 TEST_F(Insight, Functions) {
     Row const rows[] = {
-        {"declared by its definition only", T, Where{'c', 3, 1}, {{'c', 3, 1}}, {T, F, F, F}},
-        {"defined in the main file, declared in a header",
-         T,
-         Where{'c', 3, 1},
-         {{'c', 3, 1}, {'h', 1, 1}},
-         {T, F, T, T}},
-        {"not defined, declared in the main file", F, {}, {{'c', 1, 1}}, {F, F, T, T}},
-        {"not defined, not declared", F, {}, {}, {F, F, F, F}},
-        {"defined, no declarations", T, Where{'h', 3, 1}, {}, {T, T, F, F}},
-        {"defined in a header, declared in the main file", T, Where{'h', 3, 1}, {{'c', 1, 1}}, {T, T, T, F}},
-        {"not defined, with a definition position", F, Where{'h', 3, 1}, {{'h', 3, 1}}, {F, F, T, T}},
-        {"same line and column in another file", T, Where{'c', 3, 1}, {{'h', 3, 1}}, {T, F, T, T}},
-        {"another column", T, Where{'c', 3, 1}, {{'c', 3, 2}}, {T, F, T, F}},
-        {"another line", T, Where{'c', 3, 1}, {{'c', 4, 1}}, {T, F, T, F}},
-        {"another record of the same path is the same file",
-         T,
-         Where{'h', 3, 1},
-         {{'H', 3, 1}},
-         {T, T, F, F}},
-        {"a declaration without a file", T, Where{'c', 3, 1}, {{'-', 3, 1}}, {T, F, T, F}},
-        {"a declaration without a file before one in a header",
-         T,
-         Where{'c', 3, 1},
-         {{'-', 3, 1}, {'h', 1, 1}},
-         {T, F, T, T}},
-        {"a definition without a file", T, Where{'-', 3, 1}, {{'-', 3, 1}}, {T, F, T, F}},
-        {"defined, but where is not known", T, {}, {{'h', 1, 1}}, {T, F, T, T}},
+        {"declared by its definition only", T, "c3:1", "c3:1", "D..."},
+        {"declared by its definition only, in a header", T, "h3:1", "h3:1", "Dh.."},
+        {"defined in the main file, declared in a header", T, "c3:1", "c3:1 h1:1", "D.dh"},
+        {"not defined, declared in the main file", F, "", "c1:1", "..dh"},
+        {"not defined, not declared", F, "", "", "...."},
+        {"defined, no declarations", T, "h3:1", "", "Dh.."},
+        {"defined in a header, declared in the main file", T, "h3:1", "c1:1", "Dhd."},
+        {"not defined, with a definition position", F, "h3:1", "h3:1", "..dh"},
+        {"same line and column in another file", T, "c3:1", "h3:1", "D.dh"},
+        {"another column", T, "c3:1", "c3:2", "D.d."},
+        {"another line", T, "c3:1", "c4:1", "D.d."},
+        {"another record of the same path is the same file", T, "h3:1", "H3:1", "Dh.."},
+        {"a declaration without a file", T, "c3:1", "-3:1", "D.d."},
+        {"a declaration without a file before one in a header", T, "c3:1", "-3:1 h1:1", "D.dh"},
+        {"a definition without a file", T, "-3:1", "-3:1", "D.d."},
+        {"defined, but where is not known", T, "", "h1:1", "D.dh"},
     };
     for (Row const& row : rows) {
         zi::FunctionInfo const info = zi::FunctionInfo::create(model);
         info.setIsDefined(row.flag);
-        EXPECT_EQ(answers(info), (Answers{row.flag, F, F, F})) << "without a function";
+        std::string const alone = row.flag ? "D..." : "....";
+        EXPECT_EQ(answers(info), alone) << "without a function";
         za::Function const function = za::Function::create(model);
         place(function, row.definition, row.declarations);
         info.setFunction(function);
         EXPECT_EQ(answers(info), row.expected) << row.what;
         function.destroy();
-        EXPECT_EQ(answers(info), (Answers{row.flag, F, F, F})) << "with a dead function";
+        EXPECT_EQ(answers(info), alone) << "with a dead function";
     }
 }
 
 TEST_F(Insight, Types) {
     Row const rows[] = {
-        {"defined in the main file", F, Where{'c', 1, 1}, {}, {T, F, F, F}},
-        {"defined in a header", F, Where{'h', 1, 1}, {}, {T, T, T, T}},
-        {"forward declared in a header", T, Where{'h', 1, 1}, {}, {F, F, T, T}},
-        {"incomplete in the main file", T, Where{'c', 1, 1}, {{'h', 1, 1}}, {F, F, F, F}},
-        {"declarations do not count", F, {}, {{'h', 1, 1}}, {F, F, F, F}},
-        {"defined nowhere known", F, Where{'-', 1, 1}, {}, {T, F, F, F}},
+        {"defined in the main file", F, "c1:1", "", "D..."},
+        {"defined in a header", F, "h1:1", "", "Dhdh"},
+        {"forward declared in a header", T, "h1:1", "", "..dh"},
+        {"incomplete in the main file", T, "c1:1", "h1:1", "...."},
+        {"declarations do not count", F, "", "h1:1", "...."},
+        {"defined nowhere known", F, "-1:1", "", "D..."},
     };
     for (Row const& row : rows) {
         zi::TypeInfo const info = zi::TypeInfo::create(model);
-        EXPECT_EQ(answers(info), (Answers{F, F, F, F}));
+        EXPECT_EQ(answers(info), "....");
         zt::StructType const type = zt::StructType::create(model);
         type.setIsIncomplete(row.flag);
         place(type, row.definition, row.declarations);
@@ -143,30 +129,26 @@ TEST_F(Insight, Types) {
 
 TEST_F(Insight, Variables) {
     Row const rows[] = {
-        {"extern in a header, no definition", T, {}, {{'h', 1, 1}}, {F, F, T, T}},
-        {"defined in the main file, no declaration", F, Where{'c', 1, 1}, {}, {T, F, F, F}},
-        {"defined in a header, no declaration", F, Where{'h', 1, 1}, {}, {T, T, T, T}},
-        {"extern with a definition position", T, Where{'h', 1, 1}, {}, {F, F, F, F}},
-        {"defined in a header, declared in the main file", F, Where{'h', 1, 1}, {{'c', 1, 1}}, {T, T, T, F}},
-        {"its definition is a declaration too", F, Where{'c', 1, 1}, {{'c', 1, 1}}, {T, F, T, F}},
-        {"its definition in a header is a declaration too", F, Where{'h', 1, 1}, {{'h', 1, 1}}, {T, T, T, T}},
-        {"a declaration without a file is passed over",
-         F,
-         Where{'c', 1, 1},
-         {{'-', 1, 1}, {'h', 2, 1}},
-         {T, F, T, T}},
-        {"neither", F, {}, {}, {F, F, F, F}},
+        {"extern in a header, no definition", T, "", "h1:1", "..dh"},
+        {"defined in the main file, no declaration", F, "c1:1", "", "D..."},
+        {"defined in a header, no declaration", F, "h1:1", "", "Dhdh"},
+        {"extern with a definition position", T, "h1:1", "", "...."},
+        {"defined in a header, declared in the main file", F, "h1:1", "c1:1", "Dhd."},
+        {"its definition is a declaration too", F, "c1:1", "c1:1", "D.d."},
+        {"its definition in a header is a declaration too", F, "h1:1", "h1:1", "Dhdh"},
+        {"a declaration without a file is passed over", F, "c1:1", "-1:1 h2:1", "D.dh"},
+        {"neither", F, "", "", "...."},
     };
     for (Row const& row : rows) {
         zi::VariableInfo const info = zi::VariableInfo::create(model);
-        EXPECT_EQ(answers(info), (Answers{F, F, F, F}));
+        EXPECT_EQ(answers(info), "....");
         za::Variable const variable = za::Variable::create(model);
         if (row.flag) variable.setStorageClass(za::StorageClassKind::Extern);
         place(variable, row.definition, row.declarations);
         info.setVariable(variable);
         EXPECT_EQ(answers(info), row.expected) << row.what;
         variable.destroy();
-        EXPECT_EQ(answers(info), (Answers{F, F, F, F})) << "with a dead variable";
+        EXPECT_EQ(answers(info), "....") << "with a dead variable";
     }
 }
 

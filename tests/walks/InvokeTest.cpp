@@ -155,6 +155,9 @@ TEST(Invoke, GivesWhatTheTypedCallGives) {
     EXPECT_FALSE(call(number, "constants.IntegerConstant.fitsUnsignedInteger").getValue<bool>());
     EXPECT_EQ(call(number, "constants.NumericConstant.toByteString").getValue<std::string>(), "-9");
     EXPECT_TRUE(call(number, "constants.Constant.isNumeric").getValue<bool>());
+    auto const function = za::Function::create(ast.getModel());
+    function.setName("f");
+    EXPECT_EQ(call(function, "Symbol.generateSignature").getValue<std::string>(), "f(void)");
     auto const real = za::constants::FloatConstant::fromDouble(ast.getModel(), 0.5);
     EXPECT_EQ(call(real, "constants.FloatConstant.getDouble").getValue<double>(), 0.5);
 }

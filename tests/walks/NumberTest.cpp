@@ -197,15 +197,3 @@ TEST(NumberFactory, NeedsAModel) {
     EXPECT_ANY_THROW((void)zc::IntegerConstant::fromSignedInteger(nullptr, 1));
     EXPECT_ANY_THROW((void)zc::FloatConstant::fromDouble(nullptr, 1));
 }
-
-TEST(IntegerText, IsReadAnewEachTime) {
-    za::Ast ast;
-    auto const constant = zc::IntegerConstant::fromSignedInteger(ast.getModel(), 1);
-    constant.setValue("2");
-    EXPECT_EQ(constant.getSignedInteger(), 2);
-    auto tx = ast.getModel().beginTransaction();
-    constant.setValue("x");
-    EXPECT_EQ(constant.getSignedInteger(), 0);
-    tx.rollback();
-    EXPECT_EQ(constant.getUnsignedInteger(), 2u);
-}

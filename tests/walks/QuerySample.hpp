@@ -2,11 +2,9 @@
 /// A random model for queries, and the plain walk that they are compared with.
 #pragma once
 
-#include "zelkor/ast.hpp"
+#include "names/RandomModel.hpp"
 
 #include <cstdint>
-#include <random>
-#include <string>
 #include <vector>
 
 namespace querytest {
@@ -14,32 +12,17 @@ namespace querytest {
 namespace za = zelkor::ast;
 namespace zt = zelkor::ast::types;
 
-/// Nested namespaces with functions, parameters, positions, structs with methods and members, types and
-/// templates, drawn from a seed.
-class Sample {
+/// A random model with a project, files and positions.
+class Sample : public testnames::RandomModel {
   public:
-    explicit Sample(std::uint32_t seed, int scopes = 40);
+    explicit Sample(std::uint32_t seed);
 
-    za::Ast ast;
-    za::source::CompilationUnit unit;
-    std::vector<zt::Type> types;
+    za::Ast const& ast = m.ast;
+    za::Scope unit = scopes().front();
     std::vector<za::source::SourceFile> files;
 
   private:
-    [[nodiscard]] unsigned draw(unsigned bound) {
-        return std::uniform_int_distribution<unsigned>(0, bound - 1)(random_);
-    }
-    [[nodiscard]] std::string name();
-    [[nodiscard]] zt::Type type() {
-        return draw(8) == 0 ? zt::Type() : types[draw(static_cast<unsigned>(types.size()))];
-    }
     void place(za::source::LocatedObject const& object);
-    void fill(za::Function const& function);
-    void fill(za::Scope const& scope);
-    void addType(za::Scope const& scope);
-    void addStruct(za::Scope const& scope);
-
-    std::mt19937 random_;
 };
 
 /// \returns all elements below one, containers first, by the run-time description alone.

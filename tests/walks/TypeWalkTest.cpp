@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 namespace za = zelkor::ast;
 namespace zt = zelkor::ast::types;
 
@@ -24,40 +26,23 @@ NamedWalk const walks[] = {
     {"getUnderlyingType", &zt::Type::getUnderlyingType},
 };
 
+template <class T>
+zt::Type made(brant::zero::Model const& model) {
+    return T::create(model);
+}
+
 /// One layer per letter, the outermost first.
 zt::Type makeNode(brant::zero::Model const& model, char letter) {
-    switch (letter) {
-    case 'T':
-        return zt::TypedefType::create(model);
-    case 'Q':
-        return zt::QualifiedType::create(model);
-    case 'A':
-        return zt::TypeAttrType::create(model);
-    case 'O':
-        return zt::TypeOpType::create(model);
-    case 'B':
-        return zt::TyperefType::create(model);
-    case 'P':
-        return zt::PointerType::create(model);
-    case 'L':
-        return zt::LValueReferenceType::create(model);
-    case 'R':
-        return zt::RValueReferenceType::create(model);
-    case 'M':
-        return zt::PointerToMemberType::create(model);
-    case 'Y':
-        return zt::ArrayType::create(model);
-    case 'V':
-        return zt::VectorType::create(model);
-    case 'D':
-        return zt::BasedType::create(model);
-    case 'f':
-        return zt::FunctionType::create(model);
-    case 'e':
-        return zt::EnumType::create(model);
-    default:
-        return zt::IntegerType::create(model);
-    }
+    static std::map<char, zt::Type (*)(brant::zero::Model const&)> const makers = {
+        {'T', made<zt::TypedefType>},         {'Q', made<zt::QualifiedType>},
+        {'A', made<zt::TypeAttrType>},        {'O', made<zt::TypeOpType>},
+        {'B', made<zt::TyperefType>},         {'P', made<zt::PointerType>},
+        {'L', made<zt::LValueReferenceType>}, {'R', made<zt::RValueReferenceType>},
+        {'M', made<zt::PointerToMemberType>}, {'Y', made<zt::ArrayType>},
+        {'V', made<zt::VectorType>},          {'D', made<zt::BasedType>},
+        {'f', made<zt::FunctionType>},        {'e', made<zt::EnumType>},
+        {'i', made<zt::IntegerType>}};
+    return makers.at(letter)(model);
 }
 
 /// \returns the layers of a chain; the last one has no base.

@@ -1,6 +1,6 @@
 // Writes models in both forms into a folder, for the test that holds saved files against the descriptions.
 
-#include "SampleModel.hpp"
+#include "io/SampleModel.hpp"
 
 #include <iostream>
 

@@ -1,4 +1,4 @@
-#include "ImportSupport.hpp"
+#include "ImportCheck.hpp"
 
 #include "ClangText.hpp"
 #include "FrontEndWalk.hpp"
@@ -34,66 +34,6 @@ Imported import(std::filesystem::path const& database, unsigned jobs, std::strin
     options.root = root;
     imported.result = importProject(imported.ast, options);
     return imported;
-}
-
-std::vector<std::string> const& producedClasses() {
-    static std::vector<std::string> const classes{
-        "Comment",
-        "Function",
-        "Macro",
-        "Namespace",
-        "Project",
-        "Scope",
-        "Template",
-        "TemplateArg",
-        "Variable",
-        "codeinsight.CodeInsight",
-        "codeinsight.FunInfo",
-        "codeinsight.FunctionInfo",
-        "codeinsight.MacroInfo",
-        "codeinsight.PtrInfo",
-        "codeinsight.TypeInfo",
-        "codeinsight.VariableInfo",
-        "constants.AddressConstant",
-        "constants.AggregateConstant",
-        "constants.DesignatorConstant",
-        "constants.DynamicInitConstant",
-        "constants.FloatConstant",
-        "constants.InitRepeatConstant",
-        "constants.IntegerConstant",
-        "constants.PointerToMemberConstant",
-        "constants.StringConstant",
-        "constants.TemplateParamConstant",
-        "source.CompilationUnit",
-        "source.SourceFile",
-        "source.SourcePosition",
-        "source.SourceRange",
-        "types.ArrayType",
-        "types.BaseClass",
-        "types.BooleanType",
-        "types.ClassType",
-        "types.EnumType",
-        "types.FloatType",
-        "types.FunctionType",
-        "types.IntegerType",
-        "types.LValueReferenceType",
-        "types.Member",
-        "types.Method",
-        "types.OpaqueType",
-        "types.PointerToMemberType",
-        "types.PointerType",
-        "types.QualifiedType",
-        "types.RValueReferenceType",
-        "types.StructType",
-        "types.TemplateParamType",
-        "types.TypeAttrType",
-        "types.TypeOpType",
-        "types.TypedefType",
-        "types.UnionType",
-        "types.VectorType",
-        "types.VoidType",
-    };
-    return classes;
 }
 
 namespace {

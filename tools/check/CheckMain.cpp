@@ -1,5 +1,5 @@
 // Checks the import of a real project:  producer_check BUILD_DIR [ROOT]
-#include "ImportSupport.hpp"
+#include "ImportCheck.hpp"
 
 #include <iostream>
 

@@ -1,4 +1,4 @@
-// Imports for tests, and the check of a whole import against the front end.
+// An import, and its check against the front end.
 #pragma once
 
 #include "Producer.hpp"
@@ -20,9 +20,6 @@ struct Imported {
 };
 
 Imported import(std::filesystem::path const& database, unsigned jobs, std::string const& root = {});
-
-// Classes that a project with every construct of the languages leads to.
-std::vector<std::string> const& producedClasses();
 
 struct CheckReport {
     std::string text; // one line per kind: declarations of the front end, elements of the model
