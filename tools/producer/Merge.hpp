@@ -73,7 +73,7 @@ class ProjectFacts {
     struct MacroUseHash {
         std::size_t operator()(MacroUse const& use) const noexcept {
             std::uint64_t const place = std::uint64_t{use.place.line} << 32 | use.place.column;
-            return IdHash{}(use.macro) ^ IdHash {}(use.place.file) ^ (place * 0x9E3779B97F4A7C15U) >> 16;
+            return IdHash{}(use.macro) ^ IdHash {}(use.place.file) ^ (place * 0x9E3779B97F4A7C15U) >> 32;
         }
     };
 
