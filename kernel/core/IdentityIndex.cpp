@@ -32,7 +32,7 @@ void IdentityIndex::build() {
 }
 
 void IdentityIndex::grow(std::size_t capacity) {
-    std::vector<Entry> entries(capacity);
+    decltype(entries_) entries(capacity);
     entries.swap(entries_);
     std::size_t const mask = entries_.size() - 1;
     for (Entry const& entry : entries) {

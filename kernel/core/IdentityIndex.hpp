@@ -2,6 +2,7 @@
 /// place in the registry an entry, so that a search or an insertion touches one line of memory.
 #pragma once
 
+#include "../foundation/LargeAllocator.hpp"
 #include "brant/zero/ModelElement.hpp"
 
 #include <cstdint>
@@ -38,7 +39,7 @@ class ZELKOR_API IdentityIndex {
     [[nodiscard]] std::size_t entryOf(std::uint32_t hash, std::uint32_t slot) const noexcept;
 
     std::vector<ModelElementImpl*> const& registry_;
-    std::vector<Entry> entries_; ///< a power of two, at most two thirds full
+    std::vector<Entry, LargeAllocator<Entry>> entries_; ///< a power of two, at most two thirds full
     std::size_t used_ = 0;
     bool built_ = false;
 };

@@ -266,7 +266,7 @@ TEST(Unit, NothingDependsOnWhereTheProjectLies) {
         ASSERT_EQ(here.entities.size(), there.entities.size());
         ASSERT_EQ(here.types.size(), there.types.size());
         for (std::size_t i = 0; i < here.entities.size(); ++i) {
-            EXPECT_EQ(here.entities[i].id, there.entities[i].id) << here.entities[i].usr;
+            EXPECT_EQ(here.entities[i].id, there.entities[i].id) << here.entities[i].name;
             EXPECT_EQ(here.entities[i].name.find('/'), std::string::npos) << here.entities[i].name;
         }
         for (std::size_t i = 0; i < here.types.size(); ++i) {

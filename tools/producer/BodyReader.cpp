@@ -133,7 +133,7 @@ CXChildVisitResult BodyReader::visit(Walk& walk, CXCursor cursor, CXCursor paren
     bool const isDefault = around.kind == CXCursor_ParmDecl && isSameNode(around.partner, cursor);
     frame.owner = isDefault ? around.sink : around.owner;
     if (isDefault) uses_.addBody(frame.owner);
-    if (clang_isExpression(frame.kind) || clang_isStatement(frame.kind)) {
+    if (isExpressionKind(frame.kind) || isStatementKind(frame.kind)) {
         frame.expected = expectChild(around, cursor, frame.kind);
         if (frame.expected.keepsSink) frame.sink = around.sink;
     }
@@ -144,7 +144,7 @@ CXChildVisitResult BodyReader::visit(Walk& walk, CXCursor cursor, CXCursor paren
 
 // Answers whether to go below.
 bool BodyReader::enter(Walk& walk, Frame& frame, Frame& parent) {
-    if (parent.kind == CXCursor_CXXDeleteExpr && clang_isExpression(frame.kind))
+    if (parent.kind == CXCursor_CXXDeleteExpr && isExpressionKind(frame.kind))
         useDestructor(frame.owner, clang_getPointeeType(clang_getCursorType(frame.cursor)));
     switch (frame.kind) {
     case CXCursor_DeclRefExpr:
@@ -182,7 +182,7 @@ bool BodyReader::enter(Walk& walk, Frame& frame, Frame& parent) {
         break;
     default:
         // Parameters and body of a lambda are those of its closure.
-        if (parent.kind == CXCursor_LambdaExpr && !clang_isExpression(frame.kind)) return false;
+        if (parent.kind == CXCursor_LambdaExpr && !isExpressionKind(frame.kind)) return false;
         return !clang_isDeclaration(frame.kind) || enterDeclaration(walk, frame, parent);
     }
     return true;

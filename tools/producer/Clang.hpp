@@ -53,11 +53,19 @@ template <class Value>
 using CursorMap = tsl::robin_map<CXCursor, Value, CursorHash, CursorEqual>;
 using CursorSet = tsl::robin_set<CXCursor, CursorHash, CursorEqual>;
 
+// The front end's own tests of kinds, without a call for each node.
+inline bool isExpressionKind(CXCursorKind kind) {
+    return kind >= CXCursor_FirstExpr && kind <= CXCursor_LastExpr;
+}
+inline bool isStatementKind(CXCursorKind kind) {
+    return kind >= CXCursor_FirstStmt && kind <= CXCursor_LastStmt;
+}
+
 // Equality of cursors on one node. Those of expressions and statements also hold the declaration around them,
 // which is not the same for each way that leads to them, and is wrong after a declaration inside of an
 // expression.
 inline bool isSameNode(CXCursor const& a, CXCursor const& b) {
-    if (clang_isExpression(a.kind) || clang_isStatement(a.kind))
+    if (isExpressionKind(a.kind) || isStatementKind(a.kind))
         return a.kind == b.kind && a.data[1] == b.data[1];
     return clang_equalCursors(a, b) != 0;
 }

@@ -32,7 +32,7 @@ bool isWrapper(CXCursorKind kind) {
 CXCursor unwrap(CXCursor expression) {
     while (isWrapper(clang_getCursorKind(expression))) {
         std::vector<CXCursor> const children = childrenOf(expression);
-        if (children.empty() || !clang_isExpression(clang_getCursorKind(children.back()))) break;
+        if (children.empty() || !isExpressionKind(clang_getCursorKind(children.back()))) break;
         expression = children.back();
     }
     return expression;
@@ -49,7 +49,7 @@ bool isOfLiterals(CXCursor expression) {
     bool isIt = true;
     auto const test = [&](CXCursor cursor) {
         CXCursorKind const kind = clang_getCursorKind(cursor);
-        if (!clang_isExpression(kind)) return CXChildVisit_Recurse;
+        if (!isExpressionKind(kind)) return CXChildVisit_Recurse;
         CXTypeKind const type = clang_getCanonicalType(clang_getCursorType(cursor)).kind;
         bool const isKnown = isLiteral(kind) || isWrapper(kind) || kind == CXCursor_UnaryOperator ||
                              kind == CXCursor_BinaryOperator || kind == CXCursor_ConditionalOperator;

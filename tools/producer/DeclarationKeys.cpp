@@ -124,7 +124,7 @@ std::string DeclarationReader::constraintsOf(CXCursor cursor) {
         bool isConstraint = false;
         if (kind == CXCursor_TemplateTypeParameter) {
             isConstraint = !isUnconstrained(text);
-        } else if (clang_isExpression(kind)) {
+        } else if (isExpressionKind(kind)) {
             CXSourceLocation const end = clang_getRangeStart(clang_getCursorExtent(child));
             isConstraint = endsInRequires(sources_.text(clang_getRange(start, end)));
         }

@@ -106,7 +106,7 @@ bool hasExplicitBase(std::string_view text) {
 std::optional<CXCursor> lastExpression(CXCursor cursor) {
     std::optional<CXCursor> last;
     visitChildren(cursor, [&](CXCursor child) {
-        if (clang_isExpression(clang_getCursorKind(child))) last = child;
+        if (isExpressionKind(clang_getCursorKind(child))) last = child;
         return CXChildVisit_Continue;
     });
     return last;
@@ -181,7 +181,6 @@ Entity DeclarationReader::describe(CXCursor cursor, EntityKind kind, bool asProt
 
 void DeclarationReader::describeCommon(Entity& entity, CXCursor cursor) {
     entity.name = nameOf(cursor);
-    entity.usr = toText(clang_getCursorUSR(cursor));
     entity.inProject = sources_.inProject(cursor);
     entity.owner = ownerOf(cursor);
     if (isInRecord(cursor)) entity.access = accessOf(cursor);

@@ -138,7 +138,7 @@ Expectation expectInitialiser(Frame const& variable, CXCursor child) {
 
 // A function shows its body and the initialisers of its members; the rest belongs to its declaration.
 Expectation expectFunctionPart(Frame& function, CXCursorKind child) {
-    if (clang_isStatement(child)) return {};
+    if (isStatementKind(child)) return {};
     Effect const pending = std::exchange(function.pending, effect::none);
     if (pending != effect::none) return {pending, effect::address, true};
     bool const isConstructor = function.kind == CXCursor_Constructor ||

@@ -135,10 +135,10 @@ void serialize(Archive& archive, ExtentFact& fact) {
 
 template <class Archive>
 void serialize(Archive& archive, Entity& fact) {
-    auto& [id, kind, owner, name, usr, inProject, isDefined, definition, declarations, extents, type, storage,
+    auto& [id, kind, owner, name, inProject, isDefined, definition, declarations, extents, type, storage,
            linkage, access, comments, templateOf, arguments, isPrototype, detail] = fact;
-    archive(id, kind, owner, name, usr, inProject, isDefined, definition, declarations, extents, type,
-            storage, linkage, access, comments, templateOf, arguments, isPrototype, detail);
+    archive(id, kind, owner, name, inProject, isDefined, definition, declarations, extents, type, storage,
+            linkage, access, comments, templateOf, arguments, isPrototype, detail);
 }
 
 template <class Archive>

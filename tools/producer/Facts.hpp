@@ -279,7 +279,6 @@ struct Entity {
     EntityKind kind = EntityKind::Namespace;
     Id owner{}; // nil: the unit's own scope
     std::string name;
-    std::string usr;
     bool inProject = false;
     bool isDefined = false;
     std::optional<Position> definition;
