@@ -57,10 +57,11 @@ void check(char const* file, std::string text, std::vector<Row> const& rows) {
         EXPECT_LT(diagnostic.severity, Severity::Error) << diagnostic.line << ": " << diagnostic.text;
     std::map<Id, std::string> const names = namesOf(facts);
     for (std::size_t i = 0; i < rows.size(); ++i) {
+        std::string const name = std::string(1, 'r').append(std::to_string(i));
         std::string seen;
         for (UseFacts const& uses : facts.uses) {
             auto const owner = names.find(uses.owner);
-            if (owner != names.end() && owner->second == "r" + std::to_string(i)) seen = useText(uses, names);
+            if (owner != names.end() && owner->second == name) seen = useText(uses, names);
         }
         EXPECT_EQ(seen, rows[i].uses) << rows[i].body;
     }

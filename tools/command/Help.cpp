@@ -88,7 +88,7 @@ std::string bashCompletion() {
     std::string names;
     std::string cases;
     for (Verb const& verb : verbs())
-        names += (names.empty() ? "" : " ") + std::string(verb.name);
+        names.append(names.empty() ? "" : " ").append(verb.name);
     for (Verb const& verb : verbs()) {
         std::string words = "--help";
         for (Option const& option : verb.options)
